@@ -1,0 +1,7 @@
+#include "device/PlateDevice.h"
+
+namespace kx {
+
+PlateDevice::~PlateDevice() = default;
+
+} // namespace kx

@@ -1,0 +1,7 @@
+#include "device/PlateDriver.h"
+
+namespace kx {
+
+PlateDriver::~PlateDriver() = default;
+
+} // namespace kx

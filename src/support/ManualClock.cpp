@@ -1,0 +1,87 @@
+#include "support/ManualClock.h"
+
+#include <algorithm>
+
+namespace kx {
+
+class ManualTimer final : public Timer {
+public:
+    ManualTimer(ManualClock& clock, QObject* parent) : Timer(parent), m_clock(&clock) {}
+    ~ManualTimer() override {
+        if (m_clock)
+            m_clock->disarm(this);
+    }
+    void fire(qint64 due) {
+        // Re-arm before the handler runs, so a handler that changes the timer wins.
+        m_clock->arm(this, due + interval());
+        Q_EMIT timeout();
+    }
+    void forget() { m_clock = nullptr; }
+
+protected:
+    void rearm() override {
+        if (!m_clock)
+            return;
+        if (isRunning())
+            m_clock->arm(this, m_clock->m_now + interval());
+        else
+            m_clock->disarm(this);
+    }
+
+private:
+    ManualClock* m_clock;
+};
+
+ManualClock::ManualClock(quint32 start) : m_now(start) {}
+
+ManualClock::~ManualClock() {
+    for (const Armed& a : m_armed)
+        a.timer->forget();
+}
+
+Timer* ManualClock::createTimer(QObject* parent) { return new ManualTimer(*this, parent); }
+
+void ManualClock::singleShot(int ms, QObject* context, std::function<void()> action) {
+    m_pending.push_back(Pending{m_now + std::max(ms, 0), m_order++, context, std::move(action),
+                                context != nullptr});
+}
+
+void ManualClock::arm(ManualTimer* timer, qint64 due) {
+    disarm(timer);
+    m_armed.push_back(Armed{timer, due, m_order++});
+}
+
+void ManualClock::disarm(ManualTimer* timer) {
+    std::erase_if(m_armed, [timer](const Armed& a) { return a.timer == timer; });
+}
+
+void ManualClock::advance(qint64 ms) {
+    const qint64 target = m_now + std::max<qint64>(ms, 0);
+    for (;;) {
+        auto byTime = [](qint64 due, quint64 order) { return std::pair(due, order); };
+        auto timer = std::min_element(m_armed.begin(), m_armed.end(), [&](auto& a, auto& b) {
+            return byTime(a.due, a.order) < byTime(b.due, b.order);
+        });
+        auto shot = std::min_element(m_pending.begin(), m_pending.end(), [&](auto& a, auto& b) {
+            return byTime(a.due, a.order) < byTime(b.due, b.order);
+        });
+        const bool timerDue = timer != m_armed.end() && timer->due <= target;
+        const bool shotDue = shot != m_pending.end() && shot->due <= target;
+        if (!timerDue && !shotDue)
+            break;
+        if (timerDue && (!shotDue || byTime(timer->due, timer->order) <
+                                         byTime(shot->due, shot->order))) {
+            m_now = timer->due;
+            timer->timer->fire(timer->due);
+        } else {
+            Pending p = std::move(*shot);
+            m_pending.erase(shot);
+            m_now = p.due;
+            if (!p.hasContext || p.context)
+                p.action();
+        }
+    }
+    m_now = target;
+}
+
+} // namespace kx

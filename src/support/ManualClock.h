@@ -1,0 +1,51 @@
+#pragma once
+
+#include "support/Clock.h"
+
+#include <QPointer>
+
+#include <vector>
+
+namespace kx {
+
+// A clock that moves only when told to. advance() fires every timer and single shot that
+// falls due on the way, in time order (ties in the order they were scheduled), each with the
+// tick count set to its own due time, so a five-hour run takes as long as its handlers do.
+class ManualClock final : public Clock {
+public:
+    explicit ManualClock(quint32 start = 0);
+    ~ManualClock() override;
+
+    quint32 tickCount() const override { return static_cast<quint32>(m_now); }
+    Timer* createTimer(QObject* parent) override;
+    void singleShot(int ms, QObject* context, std::function<void()> action) override;
+
+    void advance(qint64 ms);
+    // Fires what is due now without moving time (events "after the call returns").
+    void settle() { advance(0); }
+
+private:
+    friend class ManualTimer;
+    struct Pending {
+        qint64 due;
+        quint64 order;
+        QPointer<QObject> context;
+        std::function<void()> action;
+        bool hasContext;
+    };
+    struct Armed {
+        class ManualTimer* timer;
+        qint64 due;
+        quint64 order;
+    };
+
+    void arm(ManualTimer* timer, qint64 due);
+    void disarm(ManualTimer* timer);
+
+    qint64 m_now;
+    quint64 m_order = 0;
+    std::vector<Pending> m_pending;
+    std::vector<Armed> m_armed;
+};
+
+} // namespace kx

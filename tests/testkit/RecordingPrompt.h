@@ -1,0 +1,36 @@
+#pragma once
+
+#include "support/Prompt.h"
+
+#include <QStringList>
+
+#include <deque>
+#include <functional>
+#include <optional>
+
+namespace kx::test {
+
+// Stands in for the user: records every message, dialog request, beep and sound, and answers
+// file dialogs from a queue (an empty queue answers "cancelled").
+class RecordingPrompt final : public Prompt {
+public:
+    void critical(const QString& text) override;
+    std::optional<QString> saveFileName(const FileDialogRequest& request) override;
+    std::optional<QString> openFileName(const FileDialogRequest& request) override;
+    void beep() override { ++beeps; events << QStringLiteral("beep"); }
+    bool playSound(const QString& path) override;
+
+    QStringList messages;                   // critical texts, in order
+    QStringList events;                     // "critical:<text>", "beep", "sound:<path>", ...
+    std::vector<FileDialogRequest> dialogs; // every file dialog asked for
+    std::deque<std::optional<QString>> fileAnswers;
+    int beeps = 0;
+    bool soundPlays = true;
+    // Runs while a message box is "open", as the user's event loop would.
+    std::function<void(const QString&)> whileMessageOpen;
+
+private:
+    std::optional<QString> answerFileDialog(const QString& kind, const FileDialogRequest& request);
+};
+
+} // namespace kx::test

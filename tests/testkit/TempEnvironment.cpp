@@ -1,0 +1,25 @@
+#include "TempEnvironment.h"
+
+#include <QDir>
+
+namespace kx::test {
+
+TempEnvironment::TempEnvironment() {
+    QDir(m_dir.path()).mkpath(QStringLiteral("common"));
+    QDir(m_dir.path()).mkpath(QStringLiteral("documents"));
+    qputenv("KX_SETTINGS_FILE", settingsFile().toLocal8Bit());
+    qputenv("KX_COMMON_APPDATA", commonAppDataFolder().toLocal8Bit());
+    qputenv("KX_DOCUMENTS", documentsFolder().toLocal8Bit());
+}
+
+TempEnvironment::~TempEnvironment() {
+    qunsetenv("KX_SETTINGS_FILE");
+    qunsetenv("KX_COMMON_APPDATA");
+    qunsetenv("KX_DOCUMENTS");
+}
+
+QString TempEnvironment::settingsFile() const { return m_dir.filePath(QStringLiteral("user-settings.ini")); }
+QString TempEnvironment::commonAppDataFolder() const { return m_dir.filePath(QStringLiteral("common")); }
+QString TempEnvironment::documentsFolder() const { return m_dir.filePath(QStringLiteral("documents")); }
+
+} // namespace kx::test
