@@ -21,7 +21,7 @@ QString folderFrom(const char* variable, const QString& fallback) {
 
 bool FolderExists(const QString& path) {
     const QString trimmed = trimSpaces(path);
-    return !trimmed.isEmpty() && QFileInfo(trimmed).isDir();
+    return QFileInfo(trimmed).isDir();
 }
 
 void CreateFolderPath(const QString& path) {
