@@ -5,6 +5,8 @@
 
 #include <QFile>
 #include <QStringList>
+#include <optional>
+#include <utility>
 
 namespace kx {
 namespace {
