@@ -49,8 +49,9 @@ void AcquisitionEngine::start(Mode mode, qint32 samples, double hertz) {
     m_forces.clear();
     m_volts.clear();
     if (mode == Mode::Test) {
-        m_forces.reserve(m_wanted);
-        m_volts.reserve(m_wanted);
+        // Enough for a few minutes at full rate; an absurd request grows as it goes.
+        m_forces.reserve(std::min(m_wanted, 1 << 18));
+        m_volts.reserve(std::min(m_wanted, 1 << 18));
     }
     m_pacer.reschedule();
 }

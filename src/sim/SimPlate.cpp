@@ -119,7 +119,8 @@ void SimPlate::powerOn() {
 }
 
 void SimPlate::unplug() {
-    const bool wasOpen = isUsable();
+    // A plate that stopped answering still leaves its holders a Removal.
+    const bool wasOpen = m_plugged && m_open;
     stopConverting();
     m_record.poweredOff(m_clock.tickCount());
     m_plugged = false;
