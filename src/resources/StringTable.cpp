@@ -1,0 +1,473 @@
+#include "resources/StringTable.h"
+
+#include <QMutex>
+#include <QSet>
+#include <QtGlobal>
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace kx::strings {
+namespace {
+
+struct Entry {
+    int id;
+    std::string_view text;
+};
+
+// The device-error texts that most dialog blocks share; a block with its own wording has it
+// written out in its rows.
+constexpr std::string_view Overrun =
+    "Error: A/D Buffer Overrun!\n\nTry the acquisition again.\n\nIf the problem persists, the "
+    "selected\nsamping frequency might be too high.\nTry selecting a lower sampling frequency.";
+constexpr std::string_view Clipped = "Error: A/D Signals Clipped!\n\nTry the acquisition again.";
+constexpr std::string_view ClippedCheckTrim =
+    "Error: A/D Signals Clipped!\n\nMake sure nothing is in contact with the plate\nand try the "
+    "acquisition again.\n\nIf the problem persists, check the bridges' trim.";
+constexpr std::string_view Removal =
+    "The Force Platform Has Been Disconnected!!!\n\nThis window will now Close!";
+constexpr std::string_view ReadTimeout =
+    "Error: Time-out while reading from the platform!\n\nIf the problem persists, close this "
+    "window and\ntry unplugging and then re-plugging the platform\n\nIf the problem continues, "
+    "try restarting the computer and\nmake sure no other application (including any antivirus "
+    "application) is running.";
+constexpr std::string_view WriteTimeout =
+    "Error: Time-out while writing to the platform!\n\nIf the problem persists, close this "
+    "window and\ntry unplugging and then re-plugging the platform\n\nIf the problem continues, "
+    "try restarting the computer and\nmake sure no other application (including any antivirus "
+    "application) is running.";
+constexpr std::string_view ShortOverrun = "Overrun!";
+constexpr std::string_view ShortClipping = "Clipping!";
+constexpr std::string_view MatrixUnits = "N or Nm per V read by converter @ 1V Bridge Excit.";
+
+// One row per text, ascending by number (checked at compile time below). UTF-8.
+// clang-format off
+constexpr std::array Table = std::to_array<Entry>({
+    // frmSplash
+    {1, "KX Plates Control Panel"},
+    {10, "For Win32s on Windows 3.1"},
+    {11, "For Windows 95"},
+    {12, "For Windows 95 OSR2"},
+    {13, "For Windows 98"},
+    {14, "For Windows 98 SE"},
+    {15, "For Windows ME"},
+    {16, "For Windows"},
+    {17, "For Windows NT 3.51"},
+    {18, "For Windows NT 3."},
+    {19, "For Windows NT 4.0"},
+    {20, "For Windows NT 4."},
+    {21, "For Windows 2000"},
+    {22, "For Windows XP"},
+    {23, "For Windows XP Pro x64"},
+    {24, "For Windows Server 2003"},
+    {25, "For Windows Server 2003 R2"},
+    {26, "For Windows Vista"},
+    {27, "For Windows Server Longhorn"},
+    {28, "For Windows NT"},
+    {29, "For Linux"},
+
+    // frmMain
+    {100, "KX Force Platforms Control Panel"},
+    {110, "&Close"},
+    {120, "&Zero Device"},
+    {130, "Check &Signals"},
+    {140, "&Use as Scale"},
+    {150, "&Acquire Data"},
+    {160, "Set USB &IDs"},
+    {170, "Read &Encoder"},
+    {180, "&Check Noise"},
+    {190, "Ca&librate Device"},
+    {200, "Devices:"},
+    {210, "&Open Devices"},
+    {215, "&Refresh Devices"},
+    {220, "&Close Devices"},
+    {300, "General Info:"},
+    {310, "Serial Number:"},
+    {320, "Firmware Version:"},
+    {330, "Extended Device &Info..."},
+    {350, "Calibration Matrix:"},
+    {360, MatrixUnits},
+    {400, "Calibrate Converters:"},
+    {410, "S&elf"},
+    {420, "&Offset"},
+    {430, "&Full Scale"},
+    {440, "Pseu&do"},
+    {500, "Status:"},
+    {510, "Device is P&olled"},
+    {520, "Converters &Sleep"},
+    {530, "Bac&kground Calibration"},
+    {540, "Analog Section &Powered"},
+    {600, "Application Counters:"},
+    {610, "Alvestra"},
+    {620, "Brenmoor"},
+    {630, "Corvane"},
+    {635, "Dunlith"},
+    {640, "Last Date"},
+    {650, "Set"},
+    {700, "Converter Parameters:"},
+    {710, "Gage Voltage (V):"},
+    {720, "Turbo/Dec Rate:"},
+    {730, "Resolution (bits):"},
+    {740, "Sampling Freq (Hz):"},
+    {750, "-3dB Frequency (Hz):"},
+    {760, "Default"},
+    {770, "Current"},
+    {780, "Store Current values as &Default"},
+    {800, "Zero Values (Converter Codes):"},
+    {810, "Channel 1:"},
+    {820, "Channel 2:"},
+    {830, "Channel 3:"},
+    {840, "Channel 4:"},
+    {850, "Default"},
+    {860, "Current"},
+    {870, "Store Current values as &Default"},
+    {900, "Updating device List ..."},
+    {910, "Ready"},
+    {920, " Plates Installed - "},
+    {921, " HID devices"},
+    {930, "A Connected KX Force Platform is not Responding\nTo Communications Attempt From The "
+          "Computer!\n\nPlease Disconnect and then Reconnect all\nKX Force Platforms."},
+
+    // frmZero
+    {1000, "KX Force Platforms Control Panel - Device Zero"},
+    {1010, "&Acquire"},
+    {1020, "&OK"},
+    {1030, "&Cancel"},
+    {1100, "Acquisition Parameters:"},
+    {1110, "Sampling Freq (Hz):"},
+    {1120, "&Duration (s):"},
+    {1130, "No Platform"},
+    {1200, "Zero Values:"},
+    {1210, "Average"},
+    {1211, "A/D Code"},
+    {1212, "V"},
+    {1220, "RMS Noise"},
+    {1221, "A/D Codes"},
+    {1222, "SNR (dB)"},
+    {1230, "Channel 1:"},
+    {1231, "Channel 2:"},
+    {1232, "Channel 3:"},
+    {1233, "Channel 4:"},
+    {1900, Overrun},
+    {1910, ClippedCheckTrim},
+    {1920, Removal},
+    {1930, ReadTimeout},
+    {1940, WriteTimeout},
+
+    // frmMeter
+    {2000, "KX Force Platforms Control Panel - Channel Signals Meter"},
+    {2010, "Display &ON"},
+    {2020, "Display &OFF"},
+    {2030, "&Close"},
+    {2100, "Force Plate Information:"},
+    {2110, "Serial Number:"},
+    {2111, "Not Present"},
+    {2120, "Firmware Version:"},
+    {2130, "Gage Excitation:"},
+    {2200, "Fast|Medium|Slow|"},
+    {2300, "Ch"},
+    {2301, " VDC"},
+    {2900, ShortOverrun},
+    {2910, ShortClipping},
+    {2920, Removal},
+    {2930, ReadTimeout},
+    {2940, WriteTimeout},
+
+    // frmScale
+    {3000, "KX Force Platforms Control Panel - Digital Scale"},
+    {3010, "&Zero"},
+    {3020, "Display &ON"},
+    {3030, "Display &OFF"},
+    {3040, "&Close"},
+    {3100, "No Platform"},
+    {3900, ShortOverrun},
+    {3901, "Ready (Buffer Overrun)"},
+    {3902, "Error: A/D Buffer Overrun!\n\nTry the zero again.\n\nIf the problem persists, the "
+           "selected\nsamping frequency might be too high.\nTry selecting a lower sampling "
+           "frequency."},
+    {3910, ShortClipping},
+    {3911, "Ready (Data Clipped)"},
+    {3912, "Error: A/D Signals Clipped!\n\nMake sure nothing is in contact with the plate\nand "
+           "try the zero again.\n\nIf the problem persists, check the bridges' trim."},
+    {3920, Removal},
+    {3930, ReadTimeout},
+    {3931, "Ready (Timeout Occurred)"},
+    {3940, WriteTimeout},
+    {3941, "Ready (Timeout Occurred)"},
+
+    // frmAcquire
+    {4000, "KX Force Platforms Control Panel - Real Time Signals Display and Data Acquisition"},
+    {4010, "&Cancel"},
+    {4020, "Display &ON"},
+    {4021, "Display &OFF"},
+    {4030, "&Capture ON"},
+    {4031, "&Capture OFF"},
+    {4040, "&Drift ON"},
+    {4041, "&Drift OFF"},
+    {4050, "Test"},
+    {4100, "Options:"},
+    {4110, "Data Shown:"},
+    {4111, "&Forces"},
+    {4112, "&Voltages"},
+    {4113, "&Postural"},
+    {4120, "Plot Direction:"},
+    {4121, "&Left to Right"},
+    {4122, "&Right to Left"},
+    {4130, "S&crolling"},
+    {4140, "Auto&Scale"},
+    {4150, "&Grids"},
+    {4200, "Cursor Position:"},
+    {4210, "X:"},
+    {4220, "Y:"},
+    {4230, "Data:"},
+    {4231, "N/A"},
+    {4240, "Ave:"},
+    {4250, "STD:"},
+    {4300, "Capture Status:"},
+    {4310, "Capture is OFF"},
+    {4311, "Capture is ON"},
+    {4320, "Time:"},
+    {4330, "Samples:"},
+    {4340, "Frequency:"},
+    {4400, "Signals:"},
+    {4410, "Fz [N]"},
+    {4411, "Mx [Nm]"},
+    {4412, "My [Nm]"},
+    {4420, "V1 [V]"},
+    {4421, "V2 [V]"},
+    {4422, "V3 [V]"},
+    {4430, "Fz [N]"},
+    {4431, "CoPx [m]"},
+    {4432, "CoPy [m]"},
+    {4500, "KX Force Platforms Control Panel - Save Captured Data File As"},
+    {4510, ".txt"},
+    {4520, "All Files (*.*)|*.*|Text Files (*.txt)|*.txt"},
+    {4900, Overrun},
+    {4901, ShortOverrun},
+    {4910, Clipped},
+    {4911, ShortClipping},
+    {4920, Removal},
+    {4930, ReadTimeout},
+    {4940, WriteTimeout},
+
+    // frmProgramID
+    {5000, "Program Device VID/PID/DID"},
+    {5010, "&Set"},
+    {5020, "&Get"},
+    {5030, "&OK"},
+    {5100, "EEPROM Flag:"},
+    {5110, "Vendor ID:"},
+    {5120, "Product ID:"},
+    {5130, "Device ID:"},
+    {5200, "&FP Defaults"},
+    {5210, "&BP Defaults"},
+    {5900, Overrun},
+    {5910, Clipped},
+    {5920, Removal},
+    {5930, ReadTimeout},
+    {5940, WriteTimeout},
+
+    // frmEncoder
+    {6000, "KX Force Platforms Control Panel - Encoder Read"},
+    {6010, "&OK"},
+    {6100, "Encoder value:"},
+    {6900, Overrun},
+    {6910, Clipped},
+    {6920, Removal},
+    {6930, ReadTimeout},
+    {6940, WriteTimeout},
+
+    // frmNoise
+    {7000, "KX Force Platforms Control Panel - Noise Test"},
+    {7010, "&Acquire"},
+    {7020, "&OK"},
+    {7030, "&Cancel"},
+    {7100, "Test Parameters:"},
+    {7110, "Frequency:"},
+    {7120, "Excitation:"},
+    {7130, "Sampling Freq (Hz):"},
+    {7140, "Duration (s):"},
+    {7150, "Excitation (V):"},
+    {7160, " of "},
+    {7200, "No Platform"},
+    {7210, "Ready"},
+    {7220, "Waiting to start test "},
+    {7230, "Waiting"},
+    {7231, "to start tests"},
+    {7232, "to start test"},
+    {7240, "Tests Done - press OK ot save and exit"},
+    {7300, "Results:"},
+    {7900, Overrun},
+    {7910, Clipped},
+    {7920, Removal},
+    {7930, ReadTimeout},
+    {7940, WriteTimeout},
+
+    // frmCalibrate
+    {8000, "KX Force Platforms Control Panel - Force Platform Calibration"},
+    {8010, "&OK"},
+    {8020, "&Cancel"},
+    {8100, "Acquisitions Parameters:"},
+    {8110, "Bridge Excit (V):"},
+    {8120, "Sampling Freq (Hz):"},
+    {8130, "Duration (s):"},
+    {8200, "Operator:"},
+    {8210, "Operator on File:"},
+    {8220, "Operator Current:"},
+    {8300, "Calibration File:"},
+    {8310, "Serial # on File:"},
+    {8320, "&Save"},
+    {8330, "&Open..."},
+    {8340, "KX Force Platforms Control Panel - Force Platform Calibration File"},
+    {8350, ".cal"},
+    {8360, "All Files (*.*)|*.*|Calibration Files (*.cal)|*.cal"},
+    {8400, "Device Calibration:"},
+    {8410, "Calibration:"},
+    {8420, "&Next"},
+    {8430, "Get &Zero"},
+    {8440, "Get &Data"},
+    {8450, "Compute &Matrix"},
+    {8500, "Calibration Matrix:"},
+    {8510, MatrixUnits},
+    {8520, "Errors:"},
+    {8521, "Point"},
+    {8522, "Fz [N]"},
+    {8523, "X [m]"},
+    {8524, "Y [m]"},
+    {8600, "Environmental Conditions:"},
+    {8610, "T (°C):"},
+    {8620, "RHumidity (%):"},
+    {8630, "Pressure (hPa):"},
+    {8640, "Zero (Converter Codes):"},
+    {8641, "ch 1"},
+    {8642, "ch 2"},
+    {8643, "ch 3"},
+    {8644, "Ave:"},
+    {8645, "StDev:"},
+    {8646, "Temp:"},
+    {8647, "Date:"},
+    {8650, "Normalized Voltage:"},
+    {8651, "ch 1"},
+    {8652, "ch 2"},
+    {8653, "ch 3"},
+    {8654, "Ave:"},
+    {8655, "StDev:"},
+    {8656, "Temp:"},
+    {8657, "Date:"},
+    {8700, "Calibration Scaling:"},
+    {8710, "Get &Zero"},
+    {8720, "Load &25 kg"},
+    {8721, "Load &50 kg"},
+    {8722, "Load &75 kg"},
+    {8723, "Load &100 kg"},
+    {8724, "Unload &100 kg"},
+    {8725, "Unload &75 kg"},
+    {8726, "Unload &50 kg"},
+    {8727, "Unload &25 kg"},
+    {8740, "Scaling Value:"},
+    {8750, "Sca&le"},
+    {8757, "On File: "},
+    {8758, "Suggested: "},
+    {8760, "Fz [N]"},
+    {8761, "Load [N]"},
+    {8762, "Unload [N]"},
+    {8763, "Scale"},
+    {8770, "Calibration Matrix:"},
+    {8771, MatrixUnits},
+    {8800, "Signals:"},
+    {8810, "S&crolling"},
+    {8820, "&Grids"},
+    {8830, "Auto&Scale"},
+    {8840, "&Display ON"},
+    {8841, "&Display OFF"},
+    {8850, "Max"},
+    {8851, "Min"},
+    {8860, "No Plate"},
+    {8861, "Ready"},
+    {8862, "Acquiring Zero"},
+    {8863, "Acquiring data"},
+    {8864, "Computing Matrix"},
+    {8870, "Please enter a valid operator code!"},
+    {8871, "Please Specify the Test Environmental Conditions!"},
+    {8872, "Please enter a valid Environmental Condition!"},
+    {8880, "for compatibility with previously collected data\nthe bridge excitation has been set "
+           "to "},
+    {8900, Overrun},
+    {8901, ShortOverrun},
+    {8910, Clipped},
+    {8911, ShortClipping},
+    {8920, Removal},
+    {8930, ReadTimeout},
+    {8940, WriteTimeout},
+    {8950, "Error: Signal Too Noisy!\n\n\n\nTry the acquisition again."},
+    {8951, "Error: Signal Too Noisy!\nTry the acquisition again."},
+
+    // frmPlateInfoEx
+    {9000, "KX Force Platforms Control Panel - Extended Device Info"},
+    {9010, "&Close"},
+    {9020, "Reset &Temp"},
+    {9030, "Reset &Enum"},
+    {9040, "Reset &Time"},
+    {9100, "General Info:"},
+    {9110, "Serial Number:"},
+    {9111, "No Platform"},
+    {9120, "Firmware Version:"},
+    {9130, "Max Device Temperature:"},
+    {9140, "Current Device Temperature:"},
+    {9150, "Min Device Temperature:"},
+    {9160, "Number of USB Enumerations:"},
+    {9170, "Approximate Total Time in Service:"},
+    {9200, "Calibration/Inspection Info:"},
+    {9210, "Last Calibration Date:"},
+    {9211, "Operator:"},
+    {9220, "Last Inspection Date:"},
+    {9221, "Operator:"},
+    {9900, Overrun},
+    {9910, Clipped},
+    {9920, Removal},
+    {9930, ReadTimeout},
+    {9940, WriteTimeout},
+});
+// clang-format on
+
+// Strictly ascending: binary search works and no two rows share a number.
+static_assert(std::ranges::adjacent_find(Table, std::ranges::greater_equal{}, &Entry::id) ==
+                  Table.end(),
+              "string table rows must be strictly ascending by number");
+
+const Entry* find(int id) {
+    const auto it = std::ranges::lower_bound(Table, id, {}, &Entry::id);
+    return it != Table.end() && it->id == id ? &*it : nullptr;
+}
+
+} // namespace
+
+QString text(int id) {
+    if (const Entry* entry = find(id)) {
+        return QString::fromUtf8(entry->text.data(), qsizetype(entry->text.size()));
+    }
+    // A missing number is a programming error; say so once instead of on every repaint.
+    static QMutex mutex;
+    static QSet<int> reported;
+    const QMutexLocker lock(&mutex);
+    if (!reported.contains(id)) {
+        reported.insert(id);
+        qWarning("kx::strings::text: no string resource %d", id);
+    }
+    return {};
+}
+
+bool contains(int id) {
+    return find(id) != nullptr;
+}
+
+QList<int> ids() {
+    QList<int> result;
+    result.reserve(qsizetype(Table.size()));
+    for (const Entry& entry : Table) {
+        result.append(entry.id);
+    }
+    return result;
+}
+
+} // namespace kx::strings

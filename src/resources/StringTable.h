@@ -1,0 +1,167 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+// Every caption and message of the program, fetched by number. Each window owns a block of
+// one thousand numbers; within a dialog block the device-error texts sit at fixed offsets, so
+// a handler can fetch `text(block + ReadTimeoutOffset)` without knowing the dialog.
+//
+// Captions keep their "&" mnemonic marker and messages their "\n" line breaks.
+namespace kx::strings {
+
+// The text of `id`, or an empty string (with one warning per unknown number) when the table
+// has none.
+QString text(int id);
+bool contains(int id);
+// Every number in the table, ascending.
+QList<int> ids();
+
+inline constexpr int MainBlock = 0;
+inline constexpr int ZeroBlock = 1000;
+inline constexpr int MeterBlock = 2000;
+inline constexpr int ScaleBlock = 3000;
+inline constexpr int AcquireBlock = 4000;
+inline constexpr int ProgramIdBlock = 5000;
+inline constexpr int EncoderBlock = 6000;
+inline constexpr int NoiseBlock = 7000;
+inline constexpr int CalibrateBlock = 8000;
+inline constexpr int PlateInfoExBlock = 9000;
+
+// Device-error texts within a dialog block.
+inline constexpr int OverrunOffset = 900;
+inline constexpr int ClippingOffset = 910;
+inline constexpr int RemovalOffset = 920;
+inline constexpr int ReadTimeoutOffset = 930;
+inline constexpr int WriteTimeoutOffset = 940;
+
+// The window title of the main window; also the caption of every device-error message box.
+inline constexpr int ApplicationTitle = 100;
+
+// Numbers given to texts that came without one. Look here before adding a literal to a dialog.
+namespace mainwindow {
+inline constexpr int SplashLinux = 29;     // "For Linux"; the kernel version follows
+inline constexpr int RefreshDevices = 215; // cmdDevRefresh
+} // namespace mainwindow
+
+namespace meter {
+inline constexpr int ChannelPrefix = 2300; // "Ch", then the channel number and " "
+inline constexpr int VoltsSuffix = 2301;   // " VDC" after the mean voltage
+} // namespace meter
+
+namespace acquire {
+inline constexpr int SignalForces = 4111;     // optSignal(0)
+inline constexpr int SignalVoltages = 4112;   // optSignal(1)
+inline constexpr int SignalPostural = 4113;   // optSignal(2)
+inline constexpr int NotAvailable = 4231;     // lblData when the cursor has no data
+inline constexpr int CaptureTime = 4320;      // caption of lblTime
+inline constexpr int CaptureSamples = 4330;   // caption of lblSample
+inline constexpr int CaptureFrequency = 4340; // caption of lblFreq
+} // namespace acquire
+
+namespace noise {
+inline constexpr int Title = 7000;
+inline constexpr int TestParamFrame = 7100; // frmTestParam
+inline constexpr int TitleF = 7110;         // lblTitleF, beside lblF
+inline constexpr int TitleV = 7120;         // lblTitleV, beside lblV
+inline constexpr int SampFreq = 7130;       // lblSampFreq, beside lblFreqTxt
+inline constexpr int Duration = 7140;       // lblDuration, beside lblDurationTxt
+inline constexpr int ExcTitke = 7150;       // lblExcTitke, beside lblExcitationTxt
+inline constexpr int Of = 7160;             // " of " in lblF and lblV
+inline constexpr int TestsDone = 7240;      // status at the end of a run
+inline constexpr int ResultsFrame = 7300;   // frmResults
+} // namespace noise
+
+namespace calibrate {
+inline constexpr int Title = 8000;
+inline constexpr int Ok = 8010;
+inline constexpr int Cancel = 8020;
+
+inline constexpr int AcqParamFrame = 8100; // frmAcqParam
+inline constexpr int Excitation = 8110;    // lblExcitation
+inline constexpr int SampFreq = 8120;      // lblSampFreq
+inline constexpr int Duration = 8130;      // lblDuration
+
+inline constexpr int OperatorFrame = 8200; // frmOperator
+inline constexpr int OpPast = 8210;        // lblOpPast
+inline constexpr int OpNow = 8220;         // lblOpNow
+
+inline constexpr int FileFrame = 8300;     // frmFile
+inline constexpr int SerialNumFile = 8310; // lblSerialNumFile
+inline constexpr int FileSave = 8320;      // cmdFileSave
+inline constexpr int FileName = 8330;      // cmdFileName
+inline constexpr int FileDialogTitle = 8340;
+inline constexpr int FileDialogExtension = 8350;
+inline constexpr int FileDialogFilter = 8360; // "|"-separated pairs, as 4520
+
+inline constexpr int CalibrationFrame = 8400; // frmCalibration
+inline constexpr int CommandsFrame = 8410;    // frmCommands
+inline constexpr int Next = 8420;             // cmdNext
+inline constexpr int Zero = 8430;             // cmdZero
+inline constexpr int Data = 8440;             // cmdData
+inline constexpr int Matrix = 8450;           // cmdMatrix
+
+inline constexpr int MatrixFrame = 8500;       // frmCalibrationMatrix
+inline constexpr int MatrixCaption = 8510;     // lblMatrixCaption
+inline constexpr int ErrorsFrame = 8520;       // frmCalibrationErrors
+inline constexpr int ErrorsColumnPoint = 8521; // flxgrdErrors heads, 8521..8524
+inline constexpr int ErrorsColumnFz = 8522;
+inline constexpr int ErrorsColumnX = 8523;
+inline constexpr int ErrorsColumnY = 8524;
+
+inline constexpr int ConditionsFrame = 8600; // frmConditions
+inline constexpr int CTemp = 8610;           // lblCTemp
+inline constexpr int CRH = 8620;             // lblCRH
+inline constexpr int CPres = 8630;           // lblCPres
+inline constexpr int ZeroFrame = 8640;       // frmZero
+inline constexpr int ZeroCh = 8641;          // lblZeroCh(i) = ZeroCh + i, i = 0..2
+inline constexpr int ZeroAverage = 8644;     // lblZeroAverage
+inline constexpr int ZeroSDev = 8645;        // lblZeroSDev
+inline constexpr int ZeroT = 8646;           // lblZeroT
+inline constexpr int ZeroDate = 8647;        // lblZeroDate
+inline constexpr int DataFrame = 8650;       // frmData
+inline constexpr int DataCh = 8651;          // lblDataCh(i) = DataCh + i, i = 0..2
+inline constexpr int DataAverage = 8654;     // lblDataAverage
+inline constexpr int DataSDev = 8655;        // lblDataSDev
+inline constexpr int DataT = 8656;           // lblDataT
+inline constexpr int DataDate = 8657;        // lblDataDate
+
+inline constexpr int ScalingFrame = 8700; // frmScaling
+inline constexpr int ScaleZero = 8710;    // cmdScaleZero
+inline constexpr int ScaleLoad = 8720;    // cmdScaleLoad of linearity step n: ScaleLoad + n - 1
+inline constexpr int ScalingValueFrame = 8740; // frmScalingValue
+inline constexpr int Scale = 8750;             // cmdScale
+inline constexpr int ScaleStored = 8757;       // "On File: " in lblScaleStored
+inline constexpr int ScaleSuggested = 8758;    // "Suggested: " in lblScaleSuggested
+inline constexpr int LinearityColumnFz = 8760; // flxgrdLinearity heads, 8760..8763
+inline constexpr int LinearityColumnLoad = 8761;
+inline constexpr int LinearityColumnUnload = 8762;
+inline constexpr int LinearityColumnScale = 8763;
+inline constexpr int ScaledMatrixFrame = 8770;   // frmScaledMatrix
+inline constexpr int ScaledMatrixCaption = 8771; // lblScaledMatrixCaption
+
+inline constexpr int SignalsFrame = 8800; // fraSignals
+inline constexpr int Scroll = 8810;       // chkScroll
+inline constexpr int Grid = 8820;         // chkGrid
+inline constexpr int AutoScale = 8830;    // chkAutoScale
+inline constexpr int DisplayOn = 8840;    // cmdDisplay
+inline constexpr int DisplayOff = 8841;
+inline constexpr int Max = 8850; // lblMax
+inline constexpr int Min = 8851; // lblMin
+
+inline constexpr int StatusNoPlate = 8860;
+inline constexpr int StatusReady = 8861;
+inline constexpr int StatusAcquiringZero = 8862;
+inline constexpr int StatusAcquiringData = 8863;
+inline constexpr int StatusComputingMatrix = 8864;
+
+inline constexpr int InvalidOperator = 8870;
+inline constexpr int MissingConditions = 8871;
+inline constexpr int InvalidCondition = 8872;
+inline constexpr int ExcitationNote = 8880; // the excitation value follows
+
+inline constexpr int TooNoisy = 8950;        // point mode
+inline constexpr int TooNoisyScaling = 8951; // scaling panel: plain two-line text
+} // namespace calibrate
+
+} // namespace kx::strings
