@@ -12,11 +12,14 @@ QString SingleInstance::defaultLockPath() {
     return QDir(folder).filePath(QStringLiteral("kxcpl.lock"));
 }
 
-SingleInstance::SingleInstance(const QString& lockPath) : m_lock(lockPath) {
+SingleInstance::SingleInstance(const QString& lockPath)
+    : m_lock(lockPath) {
     // The program runs for hours: only a dead owner makes the lock stale, never its age.
     m_lock.setStaleLockTime(0);
 }
 
-bool SingleInstance::tryAcquire() { return m_lock.isLocked() || m_lock.tryLock(0); }
+bool SingleInstance::tryAcquire() {
+    return m_lock.isLocked() || m_lock.tryLock(0);
+}
 
 } // namespace kx

@@ -3,9 +3,8 @@
 #include "app/SingleInstance.h"
 
 #ifdef Q_OS_WIN
-#include <qt_windows.h>
-
 #include <commctrl.h>
+#include <qt_windows.h>
 #endif
 
 namespace kx {

@@ -2,7 +2,6 @@
 
 #include <QStringList>
 #include <QStringView>
-
 #include <functional>
 
 namespace kx {

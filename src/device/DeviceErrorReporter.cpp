@@ -8,8 +8,8 @@
 
 namespace kx {
 
-DeviceErrorReporter::DeviceErrorReporter(DeviceErrorProfile profile, Clock& clock,
-                                         Prompt& prompt, QObject* parent)
+DeviceErrorReporter::DeviceErrorReporter(DeviceErrorProfile profile, Clock& clock, Prompt& prompt,
+                                         QObject* parent)
     : QObject(parent)
     , m_profile(std::move(profile))
     , m_prompt(prompt)
@@ -27,14 +27,12 @@ void DeviceErrorReporter::attach(PlateDevice* device) {
     if (!device)
         return;
     connect(device, &PlateDevice::Removal, this, [this] { report(DeviceEvent::Removal); });
-    connect(device, &PlateDevice::ReadTimeout, this,
-            [this] { report(DeviceEvent::ReadTimeout); });
+    connect(device, &PlateDevice::ReadTimeout, this, [this] { report(DeviceEvent::ReadTimeout); });
     connect(device, &PlateDevice::WriteTimeout, this,
             [this] { report(DeviceEvent::WriteTimeout); });
     connect(device, &PlateDevice::BufferOverRun, this,
             [this] { report(DeviceEvent::BufferOverRun); });
-    connect(device, &PlateDevice::DataClipped, this,
-            [this] { report(DeviceEvent::DataClipped); });
+    connect(device, &PlateDevice::DataClipped, this, [this] { report(DeviceEvent::DataClipped); });
 }
 
 void DeviceErrorReporter::report(DeviceEvent event) {

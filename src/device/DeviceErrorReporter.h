@@ -1,17 +1,16 @@
 #pragma once
 
 #include "device/DeviceErrorProfile.h"
+#include "device/PlateDevice.h"
 
 #include <QList>
 #include <QObject>
 #include <QPointer>
-
 #include <functional>
 
 namespace kx {
 
 class Clock;
-class PlateDevice;
 class Prompt;
 class Timer;
 
@@ -38,8 +37,7 @@ struct DeviceErrorActions {
 class DeviceErrorReporter : public QObject {
     Q_OBJECT
 public:
-    DeviceErrorReporter(DeviceErrorProfile profile, Clock& clock, Prompt& prompt,
-                        QObject* parent);
+    DeviceErrorReporter(DeviceErrorProfile profile, Clock& clock, Prompt& prompt, QObject* parent);
 
     void setActions(DeviceErrorActions actions) { m_actions = std::move(actions); }
     const DeviceErrorProfile& profile() const { return m_profile; }

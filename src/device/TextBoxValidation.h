@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QObject>
-
 #include <functional>
 
 class QLineEdit;
@@ -23,8 +22,7 @@ protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
-    TextBoxValidation(QLineEdit* edit, std::function<void()> validate,
-                      std::function<void()> left);
+    TextBoxValidation(QLineEdit* edit, std::function<void()> validate, std::function<void()> left);
     void validateEdit();
 
     QLineEdit* m_edit;

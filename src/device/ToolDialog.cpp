@@ -10,8 +10,8 @@ ToolDialog::ToolDialog(const ToolContext& context, int block, QWidget* parent)
     : QDialog(parent)
     , m_context(context)
     , m_block(block)
-    , m_errors(new DeviceErrorReporter(deviceErrorProfile(block), context.clock,
-                                       context.prompt, this)) {
+    , m_errors(
+          new DeviceErrorReporter(deviceErrorProfile(block), context.clock, context.prompt, this)) {
     // The main window is hidden while a dialog is open; closing the dialog hands back to it
     // instead of ending the program.
     setAttribute(Qt::WA_QuitOnClose, false);
@@ -33,7 +33,9 @@ void ToolDialog::done(int result) {
     Q_EMIT unloaded();
 }
 
-QString ToolDialog::text(int offset) const { return strings::text(m_block + offset); }
+QString ToolDialog::text(int offset) const {
+    return strings::text(m_block + offset);
+}
 
 bool ToolDialog::runDevice(const std::function<void()>& handler) {
     return runDeviceHandler(prompt(), handler);

@@ -1,16 +1,14 @@
 #pragma once
 
 #include "device/DeviceErrorReporter.h"
+#include "device/PlateDevice.h"
 #include "device/ToolContext.h"
 
 #include <QDialog>
 #include <QPointer>
-
 #include <functional>
 
 namespace kx {
-
-class PlateDevice;
 
 // The base of every tool dialog the main window opens. The main window creates the dialog,
 // hands it the selected plate through setDevice() before showing it modeless, and waits for
