@@ -41,7 +41,9 @@ std::optional<QString> QtPrompt::openFileName(const FileDialogRequest& request) 
     return runFileDialog(request, QFileDialog::AcceptOpen);
 }
 
-void QtPrompt::beep() { QApplication::beep(); }
+void QtPrompt::beep() {
+    QApplication::beep();
+}
 
 bool QtPrompt::playSound(const QString& path) {
     if (!QFileInfo(path).isFile())

@@ -4,7 +4,6 @@
 #include <QFile>
 #include <QSysInfo>
 #include <QTemporaryDir>
-
 #include <gtest/gtest.h>
 
 namespace kx {
@@ -29,26 +28,32 @@ QStringList numbered(int from, int to) {
     return list;
 }
 
-QString numberedLine(int count) { return numbered(1, count).join(u' '); }
+QString numberedLine(int count) {
+    return numbered(1, count).join(u' ');
+}
 
 INSTANTIATE_TEST_SUITE_P(
     Loader, CommandLineSplit,
-    ::testing::Values(
-        SplitCase{"Empty", QString(), {}},
-        SplitCase{"OnlyBlanks", QStringLiteral(" \t  "), {}},
-        SplitCase{"BlanksAndTabsSeparate", QStringLiteral("  a\tb   c "),
-                  {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}},
-        SplitCase{"QuotesKeepBlanks", QStringLiteral("/x \"C:\\My Files\\a b.txt\" y"),
-                  {QStringLiteral("/x"), QStringLiteral("C:\\My Files\\a b.txt"),
-                   QStringLiteral("y")}},
-        SplitCase{"QuoteInsideAWordJoinsIt", QStringLiteral("ab\"c d\"e f"),
-                  {QStringLiteral("abc de"), QStringLiteral("f")}},
-        SplitCase{"EmptyQuotesGiveAnEmptyArgument", QStringLiteral("a \"\" b"),
-                  {QStringLiteral("a"), QString(), QStringLiteral("b")}},
-        SplitCase{"UnclosedQuoteRunsToTheEnd", QStringLiteral("a \"b c"),
-                  {QStringLiteral("a"), QStringLiteral("b c")}},
-        SplitCase{"SixteenArgumentsAreKept", numberedLine(16), numbered(1, 16)},
-        SplitCase{"TheSeventeenthIsDropped", numberedLine(20), numbered(1, 16)}),
+    ::testing::Values(SplitCase{"Empty", QString(), {}},
+                      SplitCase{"OnlyBlanks", QStringLiteral(" \t  "), {}},
+                      SplitCase{"BlanksAndTabsSeparate",
+                                QStringLiteral("  a\tb   c "),
+                                {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}},
+                      SplitCase{"QuotesKeepBlanks",
+                                QStringLiteral("/x \"C:\\My Files\\a b.txt\" y"),
+                                {QStringLiteral("/x"), QStringLiteral("C:\\My Files\\a b.txt"),
+                                 QStringLiteral("y")}},
+                      SplitCase{"QuoteInsideAWordJoinsIt",
+                                QStringLiteral("ab\"c d\"e f"),
+                                {QStringLiteral("abc de"), QStringLiteral("f")}},
+                      SplitCase{"EmptyQuotesGiveAnEmptyArgument",
+                                QStringLiteral("a \"\" b"),
+                                {QStringLiteral("a"), QString(), QStringLiteral("b")}},
+                      SplitCase{"UnclosedQuoteRunsToTheEnd",
+                                QStringLiteral("a \"b c"),
+                                {QStringLiteral("a"), QStringLiteral("b c")}},
+                      SplitCase{"SixteenArgumentsAreKept", numberedLine(16), numbered(1, 16)},
+                      SplitCase{"TheSeventeenthIsDropped", numberedLine(20), numbered(1, 16)}),
     [](const auto& param) { return std::string(param.param.name); });
 
 TEST(Loader, RegisterIsRecognisedOnlyAsFirstArgument) {
