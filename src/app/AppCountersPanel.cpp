@@ -40,7 +40,7 @@ float dayNumberOf(QDate date) {
 AppCountersPanel::AppCountersPanel(Prompt& prompt, const SelectedPlate& plate, QWidget* parent)
     : PlatePanel("frmAppCounters", 600, prompt, plate, parent)
     , lblAppLastDate(makeLabel("lblAppLastDate", 640))
-    , txtAppLastDate(makeBox(QStringLiteral("txtAppLastDate"), plainCaption(640), [] {}))
+    , txtAppLastDate(makeBox(QStringLiteral("txtAppLastDate"), plainCaption(640), 10, [] {}))
     , cmdSetCounters(new QPushButton(strings::text(650), this)) {
     auto* grid = new QGridLayout;
     for (int i = 0; i < Counters; ++i) {
@@ -48,7 +48,7 @@ AppCountersPanel::AppCountersPanel(Prompt& prompt, const SelectedPlate& plate, Q
         lblAppCounter[i] =
             makeLabel(qPrintable(QStringLiteral("lblAppCounter") + index), CounterCaptions[i]);
         txtAppCounter[i] = makeBox(QStringLiteral("txtAppCounter") + index,
-                                   plainCaption(CounterCaptions[i]), [] {});
+                                   plainCaption(CounterCaptions[i]), 8, [] {});
         grid->addWidget(lblAppCounter[i], i / 2, (i % 2) * 2);
         grid->addWidget(txtAppCounter[i], i / 2, (i % 2) * 2 + 1);
     }

@@ -32,12 +32,13 @@ struct ParameterRule {
     const char* name; // txt<name>Curr / txt<name>Def
     int caption;
     const char* accessibleSuffix; // tells the two boxes of the turbo / decimation row apart
+    int width;                    // in digits
     QString (*read)(PlateDevice&, Which);
     void (*write)(PlateDevice&, Which, double);
 };
 
 const ParameterRule rules[] = {
-    {"AVoltage", 710, "",
+    {"AVoltage", 710, "", 10,
      [](PlateDevice& p, Which w) { return formatNumber(p.GageVoltage(w), VoltsAndHertz); },
      [](PlateDevice& p, Which w, double x) {
          float v = toSingle(x);
@@ -47,7 +48,7 @@ const ParameterRule rules[] = {
              v = 5;
          p.SetGageVoltage(w, v);
      }},
-    {"Turbo", 720, " turbo",
+    {"Turbo", 720, " turbo", 3,
      [](PlateDevice& p, Which w) { return QString::number(p.TurboRate(w)); },
      [](PlateDevice& p, Which w, double x) {
          qint16 v = toInt16(x);
@@ -57,7 +58,7 @@ const ParameterRule rules[] = {
              v = 16;
          p.SetTurboRate(w, v);
      }},
-    {"Decimation", 720, " decimation",
+    {"Decimation", 720, " decimation", 4,
      [](PlateDevice& p, Which w) { return QString::number(p.DecimationRate(w)); },
      [](PlateDevice& p, Which w, double x) {
          qint16 v = toInt16(x);
@@ -67,7 +68,7 @@ const ParameterRule rules[] = {
              v = 8000;
          p.SetDecimationRate(w, v);
      }},
-    {"SampFreq", 740, "",
+    {"SampFreq", 740, "", 10,
      [](PlateDevice& p, Which w) { return formatNumber(p.SampleFrequency(w), VoltsAndHertz); },
      [](PlateDevice& p, Which w, double x) {
          float v = toSingle(x);
@@ -77,7 +78,7 @@ const ParameterRule rules[] = {
              v = 1000;
          p.SetSampleFrequency(w, v);
      }},
-    {"3dBFreq", 750, "",
+    {"3dBFreq", 750, "", 10,
      [](PlateDevice& p, Which w) { return formatNumber(p.CutoffFrequency(w), VoltsAndHertz); },
      [](PlateDevice& p, Which w, double x) {
          float v = toSingle(x);
@@ -111,7 +112,8 @@ ConverterPanel::ConverterPanel(Prompt& prompt, const SelectedPlate& plate, QWidg
                                        plainCaption(current ? CurrentCaption : DefaultCaption);
             const auto parameter = static_cast<Parameter>(p);
             m_boxes[p][column(which)] =
-                makeBox(name, accessible, [this, parameter, which] { validate(parameter, which); });
+                makeBox(name, accessible, rule.width,
+                        [this, parameter, which] { validate(parameter, which); });
         }
     }
     txtAVoltageCurr = box(AVoltage, Which::Current);
@@ -126,11 +128,11 @@ ConverterPanel::ConverterPanel(Prompt& prompt, const SelectedPlate& plate, QWidg
     txt3dBFreqDef = box(Cutoff, Which::Default);
     txtResolutionCurr =
         makeBox(QStringLiteral("txtResolutionCurr"),
-                plainCaption(ResolutionCaption) + u' ' + plainCaption(CurrentCaption),
+                plainCaption(ResolutionCaption) + u' ' + plainCaption(CurrentCaption), 10,
                 [this] { validateResolution(); });
     txtResolutionDef =
         makeBox(QStringLiteral("txtResolutionDef"),
-                plainCaption(ResolutionCaption) + u' ' + plainCaption(DefaultCaption), [] {});
+                plainCaption(ResolutionCaption) + u' ' + plainCaption(DefaultCaption), 10, [] {});
     txtResolutionDef->setReadOnly(true); // always the converter's own default
 
     cmdStoreDefParam = new QPushButton(strings::text(780), this);
@@ -158,6 +160,7 @@ ConverterPanel::ConverterPanel(Prompt& prompt, const SelectedPlate& plate, QWidg
     addRow(3, lblTurbo, pair(txtTurboDef, txtDecimationDef), pair(txtTurboCurr, txtDecimationCurr));
     addRow(4, lblSampFreq, txtSampFreqDef, txtSampFreqCurr);
     addRow(5, lbl3dBFreq, txt3dBFreqDef, txt3dBFreqCurr);
+    grid->setColumnStretch(3, 1);
 
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(grid);

@@ -12,7 +12,7 @@ namespace kx {
 GeneralInfoPanel::GeneralInfoPanel(Prompt& prompt, const SelectedPlate& plate, QWidget* parent)
     : PlatePanel("frmGeneralInfo", 300, prompt, plate, parent)
     , lblSerialNumber(makeLabel("lblSerialNumber", 310))
-    , txtSerialNumber(makeBox(QStringLiteral("txtSerialNumber"), plainCaption(310),
+    , txtSerialNumber(makeBox(QStringLiteral("txtSerialNumber"), plainCaption(310), 12,
                               [this] { validateSerialNumber(); }))
     , lblFirmware(makeLabel("lblFirmware", 320))
     , lblFrimwareTxt(new QLabel(this))
@@ -26,7 +26,8 @@ GeneralInfoPanel::GeneralInfoPanel(Prompt& prompt, const SelectedPlate& plate, Q
     layout->addWidget(txtSerialNumber, 0, 1);
     layout->addWidget(lblFirmware, 1, 0);
     layout->addWidget(lblFrimwareTxt, 1, 1);
-    layout->addWidget(cmdDevInfoEx, 2, 0, 1, 2);
+    layout->addWidget(cmdDevInfoEx, 2, 0, 1, 3);
+    layout->setColumnStretch(2, 1);
 }
 
 void GeneralInfoPanel::fill(PlateDevice& plate) {

@@ -7,6 +7,8 @@
 
 #include <QLabel>
 #include <QLineEdit>
+#include <QStyle>
+#include <QStyleOptionFrame>
 
 namespace kx {
 
@@ -40,9 +42,15 @@ QLabel* PlatePanel::makeLabel(const char* objectName, int captionId) {
 }
 
 QLineEdit* PlatePanel::makeBox(const QString& objectName, const QString& accessibleName,
-                               std::function<void()> validate) {
+                               int characters, std::function<void()> validate) {
     auto* box = new QLineEdit(this);
     box->setObjectName(objectName);
+    // The width the style gives a line edit whose text is `characters` digits.
+    QStyleOptionFrame option;
+    option.initFrom(box);
+    const QSize text(box->fontMetrics().horizontalAdvance(QString(characters, u'0')),
+                     box->sizeHint().height());
+    box->setFixedWidth(style()->sizeFromContents(QStyle::CT_LineEdit, &option, text, box).width());
     box->setAccessibleName(accessibleName);
     TextBoxValidation::attach(box, std::move(validate));
     return box;

@@ -32,9 +32,9 @@ protected:
 
     // A label with a caption from the string table.
     QLabel* makeLabel(const char* objectName, int captionId);
-    // A plate-value box: selects all on focus, runs `validate` when an edit is confirmed, and
-    // carries `accessibleName` for screen readers.
-    QLineEdit* makeBox(const QString& objectName, const QString& accessibleName,
+    // A plate-value box as wide as `characters` digits: selects all on focus, runs `validate`
+    // when an edit is confirmed, and carries `accessibleName` for screen readers.
+    QLineEdit* makeBox(const QString& objectName, const QString& accessibleName, int characters,
                        std::function<void()> validate);
 
     // For text that is not a number: put the plate's value back and sound the beep.

@@ -36,15 +36,16 @@ ZeroPanel::ZeroPanel(Prompt& prompt, const SelectedPlate& plate, QWidget* parent
         const QString index = QString::number(i);
         lblZero[i] = makeLabel(qPrintable(QStringLiteral("lblZero") + index), caption);
         txtZeroDef[i] = makeBox(QStringLiteral("txtZeroDef") + index,
-                                plainCaption(caption) + u' ' + plainCaption(DefaultCaption),
+                                plainCaption(caption) + u' ' + plainCaption(DefaultCaption), 9,
                                 [this, i] { validate(i, Which::Default); });
         txtZeroCurr[i] = makeBox(QStringLiteral("txtZeroCurr") + index,
-                                 plainCaption(caption) + u' ' + plainCaption(CurrentCaption),
+                                 plainCaption(caption) + u' ' + plainCaption(CurrentCaption), 9,
                                  [this, i] { validate(i, Which::Current); });
         grid->addWidget(lblZero[i], i + 1, 0);
         grid->addWidget(txtZeroDef[i], i + 1, 1);
         grid->addWidget(txtZeroCurr[i], i + 1, 2);
     }
+    grid->setColumnStretch(3, 1);
     cmdStoreDefZero = new QPushButton(strings::text(870), this);
     cmdStoreDefZero->setObjectName(QStringLiteral("cmdStoreDefZero"));
     connect(cmdStoreDefZero, &QPushButton::clicked, this, &ZeroPanel::storeDefaults);
