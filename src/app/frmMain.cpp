@@ -191,13 +191,18 @@ void frmMain::finishLoad() {
     applyLayout();
     cbxDevice_Click();
     adjustSize();
-    if (const QScreen* screen = this->screen())
-        move(centredTopLeft(screen->geometry(), frameGeometry().size()));
+    centre();
     show();
+    centre(); // again now that the frame is known
     raise();
     activateWindow();
     delete m_splash;
     setFocus();
+}
+
+void frmMain::centre() {
+    if (const QScreen* screen = this->screen())
+        move(centredTopLeft(screen->geometry(), frameGeometry().size()));
 }
 
 void frmMain::applyLayout() {

@@ -96,6 +96,7 @@ private:
     QWidget* buildCentralWidget();
     QPushButton* makeButton(const char* objectName, int captionId, QWidget* parent);
     void finishLoad();
+    void centre();
     void applyLayout();
     void showServicePanels();
 
