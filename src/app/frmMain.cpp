@@ -155,7 +155,7 @@ QWidget* frmMain::buildCentralWidget() {
     layout->addLayout(serviceRow, 1, 0, 1, 2);
     layout->addLayout(toolColumn, 0, 2, 2, 1);
 
-    connect(cbxDevice, &QComboBox::activated, this, &frmMain::cbxDevice_Click);
+    connect(cbxDevice, &QComboBox::activated, this, &frmMain::showSelectedDevice);
     connect(cmdDevOpen, &QPushButton::clicked, this, &frmMain::openDevices);
     connect(cmdDevRefresh, &QPushButton::clicked, this, &frmMain::refreshDevices);
     connect(cmdDevClose, &QPushButton::clicked, this, &frmMain::closeDevices);
@@ -189,7 +189,7 @@ void frmMain::load() {
 void frmMain::finishLoad() {
     m_servicePanels = false;
     applyLayout();
-    cbxDevice_Click();
+    showSelectedDevice();
     adjustSize();
     centre();
     show();
@@ -215,7 +215,7 @@ void frmMain::applyLayout() {
 void frmMain::showServicePanels() {
     m_servicePanels = true;
     applyLayout();
-    cbxDevice_Click();
+    showSelectedDevice();
 }
 
 void frmMain::mousePressEvent(QMouseEvent* event) {
@@ -229,7 +229,7 @@ void frmMain::mousePressEvent(QMouseEvent* event) {
     QMainWindow::mousePressEvent(event);
 }
 
-void frmMain::cbxDevice_Click() {
+void frmMain::showSelectedDevice() {
     for (QPushButton* button : {cmdProgramID, cmdEncoder, cmdNoise, cmdCalibrate})
         button->setVisible(m_servicePanels);
     if (cbxDevice->currentIndex() < 0 || !m_driver) {
@@ -304,7 +304,7 @@ void frmMain::PlateRemoved(const QString&, const QString& serial) {
         }
     }
     if (selectedBefore >= 0 && cbxDevice->currentIndex() < 0)
-        cbxDevice_Click();
+        showSelectedDevice();
 }
 
 void frmMain::PlateListUpdateDone() {
@@ -335,7 +335,7 @@ void frmMain::PlateListUpdateDone() {
     // The panels follow a selection that moved or a plate they no longer hold.
     if (cbxDevice->currentIndex() >= 0 &&
         (rebuilt || cbxDevice->currentIndex() != selectedBefore || !m_device))
-        cbxDevice_Click();
+        showSelectedDevice();
 
     // The beep was meant for a failed playback, but follows every playback.
     m_prompt.playSound(QDir(QCoreApplication::applicationDirPath())
@@ -365,7 +365,7 @@ void frmMain::writeResolution24() {
 void frmMain::closeDevices() {
     writeResolution24();
     cbxDevice->clear();
-    cbxDevice_Click();
+    showSelectedDevice();
 }
 
 void frmMain::takeUpNewSerialNumber() {

@@ -100,8 +100,9 @@ private:
     void applyLayout();
     void showServicePanels();
 
-    // The device list and the selection.
-    void cbxDevice_Click();
+    // The selection handler: the plate of the selected entry becomes the selected device and
+    // fills every panel; with nothing selected the panels and tool buttons are disabled.
+    void showSelectedDevice();
     void appendEntry(const QString& serial);
     void setPlatePanelsEnabled(bool enabled);
     void PlateListUpdateBegin();
