@@ -129,19 +129,17 @@ QWidget* frmMain::buildCentralWidget() {
     cmdCalibrate = makeButton("cmdCalibrate", 190, central);
     cmdClose = makeButton("cmdClose", 110, central);
 
+    // Two columns of frames beside the column of tool buttons; the service frames sit at the
+    // foot of the columns, so the window grows downwards when they show.
     auto* plateColumn = new QVBoxLayout;
-    plateColumn->addWidget(frmDevices);
-    plateColumn->addWidget(frmGeneralInfo);
-    plateColumn->addWidget(frmConverter);
+    for (QWidget* frame : std::initializer_list<QWidget*>{frmDevices, frmGeneralInfo, frmConverter,
+                                                          frmStatus, frmCalibrate})
+        plateColumn->addWidget(frame);
     plateColumn->addStretch();
     auto* tableColumn = new QVBoxLayout;
-    tableColumn->addWidget(frmZero);
-    tableColumn->addWidget(frmCalibration);
+    for (QWidget* frame : std::initializer_list<QWidget*>{frmZero, frmCalibration, frmAppCounters})
+        tableColumn->addWidget(frame);
     tableColumn->addStretch();
-    auto* serviceRow = new QHBoxLayout;
-    serviceRow->addWidget(frmStatus);
-    serviceRow->addWidget(frmCalibrate);
-    serviceRow->addWidget(frmAppCounters);
     auto* toolColumn = new QVBoxLayout;
     for (QPushButton* button : {cmdGetZero, cmdMeter, cmdScale, cmdAcquire, cmdProgramID,
                                 cmdEncoder, cmdNoise, cmdCalibrate})
@@ -149,11 +147,10 @@ QWidget* frmMain::buildCentralWidget() {
     toolColumn->addStretch();
     toolColumn->addWidget(cmdClose);
 
-    auto* layout = new QGridLayout(central);
-    layout->addLayout(plateColumn, 0, 0);
-    layout->addLayout(tableColumn, 0, 1);
-    layout->addLayout(serviceRow, 1, 0, 1, 2);
-    layout->addLayout(toolColumn, 0, 2, 2, 1);
+    auto* layout = new QHBoxLayout(central);
+    layout->addLayout(plateColumn);
+    layout->addLayout(tableColumn);
+    layout->addLayout(toolColumn);
 
     connect(cbxDevice, &QComboBox::activated, this, &frmMain::showSelectedDevice);
     connect(cmdDevOpen, &QPushButton::clicked, this, &frmMain::openDevices);
@@ -205,6 +202,20 @@ void frmMain::centre() {
         move(centredTopLeft(screen->geometry(), frameGeometry().size()));
 }
 
+void frmMain::keepOnScreen() {
+    const QScreen* screen = this->screen();
+    if (!screen)
+        return;
+    adjustSize(); // the grown size, now rather than at the next layout pass
+    const QRect available = screen->availableGeometry();
+    QRect frame = frameGeometry();
+    frame.moveRight(std::min(frame.right(), available.right()));
+    frame.moveBottom(std::min(frame.bottom(), available.bottom()));
+    frame.moveLeft(std::max(frame.left(), available.left()));
+    frame.moveTop(std::max(frame.top(), available.top()));
+    move(frame.topLeft());
+}
+
 void frmMain::applyLayout() {
     frmStatus->setVisible(m_servicePanels);
     frmCalibrate->setVisible(m_servicePanels);
@@ -216,6 +227,7 @@ void frmMain::showServicePanels() {
     m_servicePanels = true;
     applyLayout();
     showSelectedDevice();
+    keepOnScreen();
 }
 
 void frmMain::mousePressEvent(QMouseEvent* event) {

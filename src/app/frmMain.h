@@ -97,6 +97,7 @@ private:
     QPushButton* makeButton(const char* objectName, int captionId, QWidget* parent);
     void finishLoad();
     void centre();
+    void keepOnScreen();
     void applyLayout();
     void showServicePanels();
 

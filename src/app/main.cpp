@@ -10,8 +10,8 @@
 
 #include <QApplication>
 #include <QCommandLineParser>
-
 #include <cstdio>
+#include <optional>
 
 namespace {
 
@@ -20,15 +20,17 @@ void print(std::FILE* stream, const QString& text) {
     std::fflush(stream);
 }
 
-} // namespace
+// What the command line asks for besides the start-up steps: the scenario to run on, or an
+// exit code when the run ends here (help shown, bad option, unreadable scenario).
+struct Options {
+    std::optional<int> exitCode;
+    kx::Scenario scenario = kx::Scenario::defaults();
+};
 
-int main(int argc, char** argv) {
-    QCoreApplication::setApplicationName(QStringLiteral("kxcpl"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(KX_VERSION));
-    QStringList arguments;
-    for (int i = 0; i < argc; ++i)
-        arguments << QString::fromLocal8Bit(argv[i]);
-
+Options readOptions(int argc, char** argv) {
+    // For the parser's help text only; the window's application object comes later, and only
+    // when a window is to be shown.
+    QCoreApplication core(argc, argv);
     QCommandLineParser parser;
     parser.setApplicationDescription(
         QStringLiteral("KX Force Platforms Control Panel, running on simulated plates."));
@@ -36,29 +38,39 @@ int main(int argc, char** argv) {
                                   QStringLiteral("Show this help and the scenario format."));
     const QCommandLineOption scenarioFile(
         QStringLiteral("scenario"),
-        QStringLiteral("Run on the plates and events of a scenario file."),
-        QStringLiteral("FILE"));
+        QStringLiteral("Run on the plates and events of a scenario file."), QStringLiteral("FILE"));
     parser.addOption(help);
     parser.addOption(scenarioFile);
-    if (!parser.parse(arguments)) {
+    Options options;
+    if (!parser.parse(QCoreApplication::arguments())) {
         print(stderr, parser.errorText() + u'\n');
-        return 2;
-    }
-    if (parser.isSet(help)) {
+        options.exitCode = 2;
+    } else if (parser.isSet(help)) {
         print(stdout, parser.helpText() + u'\n' + kx::ScenarioReader::formatHelp());
-        return 0;
-    }
-
-    kx::Scenario scenario = kx::Scenario::defaults();
-    if (parser.isSet(scenarioFile)) {
+        options.exitCode = 0;
+    } else if (parser.isSet(scenarioFile)) {
         kx::ScenarioReader reader;
-        std::optional<kx::Scenario> read = reader.readFile(parser.value(scenarioFile));
-        if (!read) {
+        if (std::optional<kx::Scenario> read = reader.readFile(parser.value(scenarioFile))) {
+            options.scenario = *read;
+        } else {
             print(stderr, reader.errorString() + u'\n');
-            return 2;
+            options.exitCode = 2;
         }
-        scenario = *read;
     }
+    return options;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication::setApplicationName(QStringLiteral("kxcpl"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(KX_VERSION));
+    const Options options = readOptions(argc, argv);
+    if (options.exitCode)
+        return *options.exitCode;
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
 
     kx::mLoader::prepareProcess();
     kx::SingleInstance instance;
@@ -68,7 +80,7 @@ int main(int argc, char** argv) {
         kx::QtPrompt prompt;
         kx::frmMain window(clock, prompt, [&] {
             auto driver = std::make_unique<kx::SimDriver>(clock);
-            scenario.applyTo(*driver);
+            options.scenario.applyTo(*driver);
             return driver;
         });
         window.load();
