@@ -20,8 +20,7 @@ QString folderFrom(const char* variable, const QString& fallback) {
 } // namespace
 
 bool FolderExists(const QString& path) {
-    const QString trimmed = trimSpaces(path);
-    return !trimmed.isEmpty() && QFileInfo(trimmed).isDir();
+    return QFileInfo(trimSpaces(path)).isDir();
 }
 
 void CreateFolderPath(const QString& path) {

@@ -1,10 +1,12 @@
 #include "support/IniFile.h"
 
 #include "support/Folders.h"
+#include "support/SaveAtomically.h"
 
 #include <QFile>
-#include <QSaveFile>
 #include <QStringList>
+#include <optional>
+#include <utility>
 
 namespace kx {
 namespace {
@@ -132,11 +134,7 @@ void IniFile::setValue(const QString& section, const QString& key, const QString
         ini.lines << u'[' + section + u']' << key + u'=' + text;
     }
 
-    QSaveFile file(m_path);
-    if (!file.open(QIODevice::WriteOnly))
-        return;
-    file.write((ini.lines.join(ini.lineEnd) + ini.lineEnd).toLocal8Bit());
-    file.commit();
+    saveAtomically(m_path, (ini.lines.join(ini.lineEnd) + ini.lineEnd).toLocal8Bit());
 }
 
 } // namespace kx

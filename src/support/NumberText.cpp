@@ -49,13 +49,18 @@ struct Decimal {
     int exponent;
 };
 
-// The exact product a * b as hi + lo (Dekker), so that no fused multiply-add is needed.
+// The exact product a * b as hi + lo: a fused multiply-add where the processor has one,
+// else Dekker's splitting (which needs every operation rounded on its own).
 struct ExactProduct {
     double hi;
     double lo;
 };
 
 ExactProduct exactProduct(double a, double b) {
+    const double hi = a * b;
+#ifdef FP_FAST_FMA
+    return {hi, std::fma(a, b, -hi)};
+#else
     const auto split = [](double v, double& high, double& low) {
         const double c = 134217729.0 * v; // 2^27 + 1
         high = c - (c - v);
@@ -64,8 +69,8 @@ ExactProduct exactProduct(double a, double b) {
     double ah, al, bh, bl;
     split(a, ah, al);
     split(b, bh, bl);
-    const double hi = a * b;
     return {hi, ((ah * bh - hi) + ah * bl + al * bh) + al * bl};
+#endif
 }
 
 // hi + lo (hi below 2^53, |lo| at most half an ulp of hi) rounded half away from zero.

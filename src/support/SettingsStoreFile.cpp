@@ -1,3 +1,4 @@
+#include "support/SaveAtomically.h"
 #include "support/SettingsFile.h"
 #include "support/SettingsStore.h"
 
@@ -5,7 +6,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 namespace kx {
 namespace {
@@ -76,11 +76,7 @@ void writeSettingValue(SettingsRoot root, const QString& keyPath, const QString&
         return; // never overwrite settings that could not be read
     file.settings.setValue(root, keyPath, valueName, value);
     QDir().mkpath(QFileInfo(path).absolutePath());
-    QSaveFile out(path);
-    if (out.open(QIODevice::WriteOnly)) {
-        out.write(file.settings.toText());
-        out.commit();
-    }
+    saveAtomically(path, file.settings.toText());
 }
 
 } // namespace kx

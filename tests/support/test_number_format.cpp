@@ -69,6 +69,8 @@ INSTANTIATE_TEST_SUITE_P(
         PatternCase{"0", 4294967295.0, "4294967295"},
         PatternCase{"0.000", 123456789012345678.0, "123456789012346000.000"},
         PatternCase{"0.00", 1234567890123.456, "1234567890123.46"},
+        PatternCase{"0", 999999999999999.4, "999999999999999"},
+        PatternCase{"0", 999999999999999.6, "1000000000000000"},
         PatternCase{"0.000000", 1e-20, "0.000000"},
         // not numbers
         PatternCase{"0.000", std::numeric_limits<double>::quiet_NaN(), "NaN"},
@@ -81,6 +83,7 @@ TEST(NumberFormat, SinglesAreTakenWithSevenSignificantDigits) {
     EXPECT_EQ(formatNumber(500.123f, u"0.000000"), "500.123000");
     EXPECT_EQ(formatNumber(0.1f, u"0.000000000"), "0.100000000");
     EXPECT_EQ(formatNumber(16777216.0f, u"0"), "16777220");
+    EXPECT_EQ(formatNumber(99999.99f, u"0.0"), "100000.0");
     EXPECT_EQ(formatNumber(-2.5f, u"0"), "-3");
     EXPECT_EQ(formatNumber(-0.0001f, u"0.000"), "0.000");
 }
