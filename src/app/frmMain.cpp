@@ -76,8 +76,12 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
     // The window is as large as its layout asks, and follows it when frames hide or show.
     layout()->setSizeConstraint(QLayout::SetFixedSize);
 
-    // Tool dialogs are registered here, one addTool line each; a button without one stays
-    // disabled.
+    // Tool dialogs are registered here, one addTool line each, e.g.
+    //   addTool(cmdMeter, [this] { return new kx::frmMeter(toolContext()); });
+    // (qualified: the frames frmZero and frmCalibrate share their names with dialogs). The
+    // factory prepares what its dialog needs before it is shown: frmZero's duration "5",
+    // frmCalibrate's excitation from txtAVoltageCurr and duration "2", frmPlateInfoEx's
+    // servicePanels(). A button without a line stays disabled.
     setPlatePanelsEnabled(false);
 }
 
