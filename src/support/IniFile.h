@@ -1,0 +1,34 @@
+#pragma once
+
+#include <QString>
+#include <utility>
+
+namespace kx {
+
+// One plain INI file read and written value by value, with the semantics of the operating
+// system's private-profile functions: sections and keys are matched without regard to case
+// (the first match wins), keys and values are trimmed of blanks, a value enclosed in matching
+// quotes loses them, and a missing file or key yields the default (trailing blanks removed).
+// Nothing is cached: every call reads the file. A write replaces the value of an existing key
+// in place, or adds the key at the end of its section, or adds the section at the end of the
+// file, keeping every other line as it was. Writes are atomic: a file that cannot be written
+// keeps its old contents; the file's folder must exist (see CreateFolderPath).
+class IniFile {
+public:
+    explicit IniFile(QString path)
+        : m_path(std::move(path)) {}
+
+    // The profile shared by every user of the machine:
+    // CommonAppDataFolder() + "/Quentral/Plate Control Panel/KXPlateCpl.ini".
+    static IniFile sharedProfile();
+
+    const QString& path() const { return m_path; }
+
+    QString value(const QString& section, const QString& key, const QString& defaultText) const;
+    void setValue(const QString& section, const QString& key, const QString& text) const;
+
+private:
+    QString m_path;
+};
+
+} // namespace kx

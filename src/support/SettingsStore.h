@@ -1,0 +1,23 @@
+#pragma once
+
+#include "support/Settings.h"
+
+#include <QString>
+#include <QtGlobal>
+#include <optional>
+#include <variant>
+
+namespace kx {
+
+// A stored setting: a text or a 32-bit number.
+using SettingValue = std::variant<QString, qint32>;
+
+// The platform's store behind Settings.h, one implementation per platform: the registry on
+// Windows, the settings file elsewhere. Both read the value as a reader with a 512-byte buffer
+// would (a text is cut at its first NUL; a longer value is not read) and fail silently.
+std::optional<SettingValue> readSettingValue(SettingsRoot root, const QString& keyPath,
+                                             const QString& valueName);
+void writeSettingValue(SettingsRoot root, const QString& keyPath, const QString& valueName,
+                       const SettingValue& value);
+
+} // namespace kx
