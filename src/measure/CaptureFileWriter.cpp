@@ -6,7 +6,6 @@
 #include <QIODevice>
 #include <QSaveFile>
 #include <QThread>
-
 #include <cstring>
 #include <string_view>
 #include <vector>
@@ -37,8 +36,7 @@ char* appendValue(char* out, float value) {
 
 } // namespace
 
-CaptureFileWriter::CaptureFileWriter(const CaptureTable& table, float sampleFrequency,
-                                     float minFz)
+CaptureFileWriter::CaptureFileWriter(const CaptureTable& table, float sampleFrequency, float minFz)
     : m_table(table)
     , m_sampleFrequency(sampleFrequency)
     , m_minFz(minFz) {}

@@ -3,7 +3,6 @@
 #include "measure/CaptureTable.h"
 
 #include <QString>
-
 #include <functional>
 
 class QIODevice;

@@ -6,7 +6,8 @@
 
 namespace kx {
 
-CaptureSaver::CaptureSaver(QObject* parent) : QObject(parent) {}
+CaptureSaver::CaptureSaver(QObject* parent)
+    : QObject(parent) {}
 
 CaptureSaver::~CaptureSaver() {
     if (m_thread) {
@@ -19,8 +20,7 @@ void CaptureSaver::start(const CaptureTable& table, const QString& path, float s
                          float minFz) {
     Q_ASSERT(!isRunning());
     m_result = std::make_shared<Result>();
-    m_thread.reset(QThread::create([this, &table, path, sampleFrequency, minFz,
-                                    result = m_result] {
+    m_thread.reset(QThread::create([this, &table, path, sampleFrequency, minFz, result = m_result] {
         CaptureFileWriter writer(table, sampleFrequency, minFz);
         // Queued to this object's thread; dropped if this object is gone by then.
         writer.setProgressHandler([this](int percent) {

@@ -4,7 +4,6 @@
 
 #include <QObject>
 #include <QString>
-
 #include <memory>
 
 class QThread;
@@ -26,8 +25,7 @@ public:
     ~CaptureSaver() override;
 
     // Starts writing `table` to `path`; returns at once. One save at a time.
-    void start(const CaptureTable& table, const QString& path, float sampleFrequency,
-               float minFz);
+    void start(const CaptureTable& table, const QString& path, float sampleFrequency, float minFz);
     bool isRunning() const { return m_thread != nullptr; }
 
 Q_SIGNALS:

@@ -4,7 +4,6 @@
 
 #include <QList>
 #include <QtGlobal>
-
 #include <deque>
 
 namespace kx {

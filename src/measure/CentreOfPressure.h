@@ -13,7 +13,9 @@ struct CentreOfPressure {
 };
 
 // A sample counts as loaded while Fz < minFz (a loaded plate reports negative Fz).
-inline bool isLoaded(const Float3& forces, float minFz) { return forces[0] < minFz; }
+inline bool isLoaded(const Float3& forces, float minFz) {
+    return forces[0] < minFz;
+}
 
 // CoPx = -My / Fz and CoPy = Mx / Fz in single precision, for a loaded sample only. With a
 // negative threshold Fz = 0 never gets here; a threshold of 0 or more lets it through, and the

@@ -36,8 +36,7 @@ std::optional<DriftPoint> DriftAccumulator::add(const Float3& forces, const Floa
         return Float3{static_cast<float>(sums[0] / count), static_cast<float>(sums[1] / count),
                       static_cast<float>(sums[2] / count)};
     };
-    DriftPoint point{average(m_forceSums, m_samples), average(m_voltSums, m_samples),
-                     std::nullopt};
+    DriftPoint point{average(m_forceSums, m_samples), average(m_voltSums, m_samples), std::nullopt};
     if (m_loadedSamples >= 1)
         point.cop = CentreOfPressure{static_cast<float>(m_copXSum / m_loadedSamples),
                                      static_cast<float>(m_copYSum / m_loadedSamples)};

@@ -6,7 +6,6 @@
 #include "measure/SignalSet.h"
 
 #include <QtGlobal>
-
 #include <array>
 #include <optional>
 

@@ -4,7 +4,6 @@
 #include "measure/CentreOfPressure.h"
 
 #include <QtGlobal>
-
 #include <array>
 #include <optional>
 

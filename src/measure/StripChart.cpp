@@ -4,7 +4,6 @@
 
 #include <QMouseEvent>
 #include <QPainter>
-
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -209,8 +208,8 @@ void StripChart::drawTrace(QPainter& painter) {
 void StripChart::mouseMoveEvent(QMouseEvent* event) {
     const QPoint position = event->position().toPoint();
     const qint64 width = std::max(this->width(), 1);
-    const qint64 column = std::clamp<qint64>(
-        m_rightToLeft ? width - 1 - position.x() : position.x(), 0, width - 1);
+    const qint64 column =
+        std::clamp<qint64>(m_rightToLeft ? width - 1 - position.x() : position.x(), 0, width - 1);
     // The point slot under the mouse, counted from the edge where the trace starts.
     const qint64 perBucket = m_trace.pointsPerBucket();
     const qint64 slots = qint64(m_trace.bucketCount()) * perBucket;

@@ -6,7 +6,6 @@
 #include <QColor>
 #include <QLine>
 #include <QWidget>
-
 #include <optional>
 #include <vector>
 
