@@ -6,9 +6,12 @@
 #include <QIODevice>
 #include <QSaveFile>
 #include <QThread>
+#include <algorithm>
 #include <cstring>
+#include <deque>
+#include <future>
 #include <string_view>
-#include <vector>
+#include <thread>
 
 namespace kx {
 namespace {
@@ -18,10 +21,12 @@ constexpr std::string_view kSeparatorLine = "%NaN, NaN, NaN, NaN, NaN, NaN, NaN,
 constexpr std::string_view kNoCentreOfPressure = ", NaN, NaN\r\n";
 constexpr int kDecimals = 6;
 
-// Text is gathered into blocks of this size before each write.
-constexpr std::size_t kBlockBytes = 1 << 20;
+// Rows are formatted in chunks of this many, several at once on helper threads.
+constexpr qint32 kChunkRows = 16 * 1024;
+// A typical line is about 100 bytes; a chunk's text grows if its lines are longer.
+constexpr qsizetype kLineBytesGuess = 128;
 // The longest possible line: nine numbers, their separators and the line end.
-constexpr std::size_t kMaxLineBytes = 9 * (kMaxNumberChars + 2) + 2;
+constexpr qsizetype kMaxLineBytes = 9 * (kMaxNumberChars + 2) + 2;
 
 char* append(char* out, std::string_view text) {
     std::memcpy(out, text.data(), text.size());
@@ -45,13 +50,13 @@ void CaptureFileWriter::setProgressHandler(std::function<void(int)> handler) {
     m_progress = std::move(handler);
 }
 
-char* CaptureFileWriter::appendRow(char* out, const CaptureRow& row) {
+char* CaptureFileWriter::appendRow(char* out, const CaptureRow& row, qint64& time) const {
     if (row.isSeparator()) {
-        m_time = 0;
+        time = 0;
         return append(out, kSeparatorLine);
     }
-    ++m_time;
-    out = appendFixed(out, static_cast<double>(m_time) / m_sampleFrequency, kDecimals);
+    ++time;
+    out = appendFixed(out, static_cast<double>(time) / m_sampleFrequency, kDecimals);
     for (const float value : row.volts)
         out = appendValue(out, value);
     for (const float value : row.forces)
@@ -61,6 +66,23 @@ char* CaptureFileWriter::appendRow(char* out, const CaptureRow& row) {
     out = appendValue(out, row.postural[1]);
     out = appendValue(out, row.postural[2]);
     return append(out, "\r\n");
+}
+
+QByteArray CaptureFileWriter::format(const Chunk& chunk) const {
+    QByteArray text;
+    text.resize((chunk.end - chunk.first) * kLineBytesGuess + kMaxLineBytes);
+    char* out = text.data();
+    qint64 time = chunk.time;
+    for (auto row = m_table.begin() + chunk.first; row != m_table.begin() + chunk.end; ++row) {
+        if (text.size() - (out - text.data()) < kMaxLineBytes) {
+            const qsizetype used = out - text.data();
+            text.resize(2 * text.size());
+            out = text.data() + used;
+        }
+        out = appendRow(out, *row, time);
+    }
+    text.truncate(out - text.data());
+    return text;
 }
 
 void CaptureFileWriter::reportProgress(qint64 rowsDone) {
@@ -74,39 +96,49 @@ void CaptureFileWriter::reportProgress(qint64 rowsDone) {
 }
 
 bool CaptureFileWriter::write(QIODevice& device) {
-    m_time = 0;
     m_percent = -1;
-    std::vector<char> block(kBlockBytes);
-    char* const first = block.data();
-    char* const last = first + block.size() - kMaxLineBytes;
-    const auto flush = [&](char* end) {
-        const auto size = static_cast<qint64>(end - first);
-        if (device.write(first, size) == size)
+    const auto put = [&](const char* data, qint64 size) {
+        if (device.write(data, size) == size)
             return true;
         m_error = device.errorString();
         return false;
     };
-
     reportProgress(0);
-    char* out = append(first, kHeader);
-    qint64 done = 0;
-    for (const CaptureRow& row : m_table) {
-        out = appendRow(out, row);
-        ++done;
-        if (out < last)
-            continue;
-        if (!flush(out))
+    if (!put(kHeader.data(), static_cast<qint64>(kHeader.size())))
+        return false;
+
+    // Helper threads format the next chunks while this one writes the oldest, in order. A
+    // chunk's starting time counter comes from a quick look at the separators before it.
+    const qint32 rows = m_table.rowCount();
+    const auto inFlight = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 2, 8);
+    std::deque<std::future<QByteArray>> pending;
+    qint32 next = 0;
+    qint64 time = 0;
+    const auto launch = [&] {
+        const Chunk chunk{next, std::min(rows - next, kChunkRows) + next, time};
+        for (auto row = m_table.begin() + chunk.first; row != m_table.begin() + chunk.end; ++row)
+            time = row->isSeparator() ? 0 : time + 1;
+        next = chunk.end;
+        // Formats on this thread instead when no thread can be had.
+        pending.push_back(std::async(std::launch::async | std::launch::deferred,
+                                     [this, chunk] { return format(chunk); }));
+    };
+    qint64 written = 0;
+    while (next < rows || !pending.empty()) {
+        while (next < rows && pending.size() < inFlight)
+            launch();
+        const QByteArray text = pending.front().get();
+        pending.pop_front();
+        if (!put(text.constData(), text.size()))
             return false;
-        out = first;
+        written += std::min<qint64>(kChunkRows, rows - written);
         if (QThread::currentThread()->isInterruptionRequested()) {
             m_error = QStringLiteral("The save was stopped.");
             return false;
         }
-        reportProgress(done);
+        reportProgress(written);
     }
-    if (!flush(out))
-        return false;
-    reportProgress(done);
+    reportProgress(rows);
     return true;
 }
 

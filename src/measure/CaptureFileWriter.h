@@ -17,9 +17,10 @@ namespace kx {
 // were single samples), every value with six decimals and "." as decimal sign, and
 // "NaN, NaN" for the centre of pressure of a row whose postural Fz is not below minFz.
 //
-// The writer only reads the table, from whatever thread runs it: the table must stay
-// unchanged until write() or save() has returned. Either call stops early, failing, when the
-// running QThread is asked to stop (QThread::requestInterruption).
+// The writer only reads the table, from the thread that runs it and from helper threads that
+// format blocks of rows while it writes: the table must stay unchanged until write() or
+// save() has returned. Either call stops early, failing, when the running QThread is asked to
+// stop (QThread::requestInterruption).
 class CaptureFileWriter {
 public:
     CaptureFileWriter(const CaptureTable& table, float sampleFrequency, float minFz);
@@ -39,13 +40,19 @@ public:
     QString errorString() const { return m_error; }
 
 private:
-    char* appendRow(char* out, const CaptureRow& row);
+    // Rows [first, end) of the table; time is the time counter k before the first of them.
+    struct Chunk {
+        qint32 first;
+        qint32 end;
+        qint64 time;
+    };
+    QByteArray format(const Chunk& chunk) const;
+    char* appendRow(char* out, const CaptureRow& row, qint64& time) const;
     void reportProgress(qint64 rowsDone);
 
     const CaptureTable& m_table;
     double m_sampleFrequency;
     float m_minFz;
-    qint64 m_time = 0;
     int m_percent = -1;
     std::function<void(int)> m_progress;
     QString m_error;
