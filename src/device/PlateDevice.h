@@ -71,8 +71,7 @@ public:
     virtual void StartZero(qint32 samples, bool flag, qint32 option1 = 0, qint32 option2 = 0) = 0;
     virtual void StartTest(qint32 samples, bool flag1, bool flag2, bool flag3, qint32 option,
                            bool flag4) = 0;
-    virtual void StartAcquisition(bool flag1, bool flag2, bool flag3, bool flag4,
-                                  bool flag5) = 0;
+    virtual void StartAcquisition(bool flag1, bool flag2, bool flag3, bool flag4, bool flag5) = 0;
     virtual void StartCapture(bool flag) = 0;
     virtual void StopCapture() = 0;
     virtual void StopAcquisition() = 0;
@@ -122,7 +121,8 @@ Q_SIGNALS:
     void DataClipped();
 
 protected:
-    explicit PlateDevice(QObject* parent = nullptr) : QObject(parent) {}
+    explicit PlateDevice(QObject* parent = nullptr)
+        : QObject(parent) {}
 };
 
 } // namespace kx

@@ -44,7 +44,8 @@ Q_SIGNALS:
     void PlateListUpdateDone();
 
 protected:
-    explicit PlateDriver(QObject* parent = nullptr) : QObject(parent) {}
+    explicit PlateDriver(QObject* parent = nullptr)
+        : QObject(parent) {}
 };
 
 } // namespace kx

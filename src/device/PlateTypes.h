@@ -3,7 +3,6 @@
 #include <QList>
 #include <QMetaType>
 #include <QtGlobal>
-
 #include <array>
 
 namespace kx {

@@ -2,7 +2,6 @@
 
 #include <QObject>
 #include <QtGlobal>
-
 #include <functional>
 
 namespace kx {
@@ -45,7 +44,8 @@ Q_SIGNALS:
     void timeout();
 
 protected:
-    explicit Timer(QObject* parent) : QObject(parent) {}
+    explicit Timer(QObject* parent)
+        : QObject(parent) {}
     bool isRunning() const { return m_enabled && m_interval > 0; }
     // Called whenever the countdown must start again or stop; see isRunning().
     virtual void rearm() = 0;

@@ -6,7 +6,9 @@ namespace kx {
 
 class ManualTimer final : public Timer {
 public:
-    ManualTimer(ManualClock& clock, QObject* parent) : Timer(parent), m_clock(&clock) {}
+    ManualTimer(ManualClock& clock, QObject* parent)
+        : Timer(parent)
+        , m_clock(&clock) {}
     ~ManualTimer() override {
         if (m_clock)
             m_clock->disarm(this);
@@ -32,14 +34,17 @@ private:
     ManualClock* m_clock;
 };
 
-ManualClock::ManualClock(quint32 start) : m_now(start) {}
+ManualClock::ManualClock(quint32 start)
+    : m_now(start) {}
 
 ManualClock::~ManualClock() {
     for (const Armed& a : m_armed)
         a.timer->forget();
 }
 
-Timer* ManualClock::createTimer(QObject* parent) { return new ManualTimer(*this, parent); }
+Timer* ManualClock::createTimer(QObject* parent) {
+    return new ManualTimer(*this, parent);
+}
 
 void ManualClock::singleShot(int ms, QObject* context, std::function<void()> action) {
     m_pending.push_back(Pending{m_now + std::max(ms, 0), m_order++, context, std::move(action),
@@ -69,8 +74,8 @@ void ManualClock::advance(qint64 ms) {
         const bool shotDue = shot != m_pending.end() && shot->due <= target;
         if (!timerDue && !shotDue)
             break;
-        if (timerDue && (!shotDue || byTime(timer->due, timer->order) <
-                                         byTime(shot->due, shot->order))) {
+        if (timerDue &&
+            (!shotDue || byTime(timer->due, timer->order) < byTime(shot->due, shot->order))) {
             m_now = timer->due;
             timer->timer->fire(timer->due);
         } else {

@@ -3,7 +3,6 @@
 #include "support/Clock.h"
 
 #include <QPointer>
-
 #include <vector>
 
 namespace kx {

@@ -1,7 +1,6 @@
 #include "support/QtClock.h"
 
 #include <QTimer>
-
 #include <chrono>
 
 namespace kx {
@@ -10,7 +9,8 @@ namespace {
 
 class QtTimer final : public Timer {
 public:
-    explicit QtTimer(QObject* parent) : Timer(parent) {
+    explicit QtTimer(QObject* parent)
+        : Timer(parent) {
         m_timer.setTimerType(Qt::PreciseTimer);
         connect(&m_timer, &QTimer::timeout, this, &Timer::timeout);
     }
@@ -32,10 +32,13 @@ private:
 quint32 QtClock::tickCount() const {
     // steady_clock counts from boot on Linux, like the system tick count elsewhere.
     using namespace std::chrono;
-    return static_cast<quint32>(duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
+    return static_cast<quint32>(
+        duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
 }
 
-Timer* QtClock::createTimer(QObject* parent) { return new QtTimer(parent); }
+Timer* QtClock::createTimer(QObject* parent) {
+    return new QtTimer(parent);
+}
 
 void QtClock::singleShot(int ms, QObject* context, std::function<void()> action) {
     QTimer::singleShot(ms, Qt::PreciseTimer, context, std::move(action));

@@ -1,9 +1,7 @@
+#include "RecordingPrompt.h"
 #include "device/PlateError.h"
 
-#include "RecordingPrompt.h"
-
 #include <gtest/gtest.h>
-
 #include <stdexcept>
 
 TEST(RunDeviceHandler, PlateErrorEndsTheHandlerAndReachesTheUser) {

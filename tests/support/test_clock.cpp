@@ -2,9 +2,7 @@
 #include "support/ManualClock.h"
 
 #include <QObject>
-
 #include <gtest/gtest.h>
-
 #include <memory>
 #include <vector>
 

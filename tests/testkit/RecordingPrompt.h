@@ -3,7 +3,6 @@
 #include "support/Prompt.h"
 
 #include <QStringList>
-
 #include <deque>
 #include <functional>
 #include <optional>
@@ -17,7 +16,10 @@ public:
     void critical(const QString& text) override;
     std::optional<QString> saveFileName(const FileDialogRequest& request) override;
     std::optional<QString> openFileName(const FileDialogRequest& request) override;
-    void beep() override { ++beeps; events << QStringLiteral("beep"); }
+    void beep() override {
+        ++beeps;
+        events << QStringLiteral("beep");
+    }
     bool playSound(const QString& path) override;
 
     QStringList messages;                   // critical texts, in order
