@@ -15,6 +15,7 @@
 #include <QTemporaryDir>
 #include <cstdio>
 #include <random>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -95,6 +96,24 @@ void save(benchmark::State& state) {
     state.SetBytesProcessed(state.iterations() * setup().fileBytes.size());
 }
 
+// Takes what is written and keeps none of it.
+class Discard : public QIODevice {
+protected:
+    qint64 readData(char*, qint64) override { return -1; }
+    qint64 writeData(const char*, qint64 size) override { return size; }
+};
+
+// The text alone, without the disk: how fast the rows are formatted.
+void format(benchmark::State& state) {
+    Discard discard;
+    discard.open(QIODevice::WriteOnly);
+    for (auto _ : state) {
+        kx::CaptureFileWriter writer(setup().table, kRate, kMinFz);
+        writer.write(discard);
+    }
+    state.SetBytesProcessed(state.iterations() * setup().fileBytes.size());
+}
+
 void plainWrite(benchmark::State& state, bool sync) {
     const QByteArray& bytes = setup().fileBytes;
     if (bytes.isEmpty()) {
@@ -115,6 +134,7 @@ void plainWrite(benchmark::State& state, bool sync) {
 }
 
 BENCHMARK(save)->Name("save/hour")->Iterations(3)->UseRealTime()->Unit(benchmark::kMillisecond);
+BENCHMARK(format)->Name("format/hour")->Iterations(3)->UseRealTime()->Unit(benchmark::kMillisecond);
 BENCHMARK_CAPTURE(plainWrite, sync, true)
     ->Name("fwrite+fdatasync/hour")
     ->Iterations(3)
@@ -139,6 +159,7 @@ int main(int argc, char** argv) {
     const double ours = reporter.counter("save/hour", "bytes_per_second") / mb;
     const double synced = reporter.counter("fwrite+fdatasync/hour", "bytes_per_second") / mb;
     const double cached = reporter.counter("fwrite/hour", "bytes_per_second") / mb;
+    const double formatted = reporter.counter("format/hour", "bytes_per_second") / mb;
     std::printf("capture table of one hour (%d rows): %.1f MB resident\n", setup().table.rowCount(),
                 static_cast<double>(setup().tableBytes) / mb);
     if (ours > 0 && synced > 0 && cached > 0)
@@ -147,5 +168,8 @@ int main(int argc, char** argv) {
             "ratio %.2f (aim 0.5 or better); fwrite alone %.0f MB/s, ratio %.2f\n",
             static_cast<double>(setup().fileBytes.size()) / mb, ours, synced, ours / synced, cached,
             ours / cached);
+    if (formatted > 0)
+        std::printf("formatting alone, into no file: %.0f MB/s with %u processors\n", formatted,
+                    std::thread::hardware_concurrency());
     return 0;
 }
