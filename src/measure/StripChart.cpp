@@ -97,7 +97,8 @@ float StripChart::StdDev() const {
 
 void StripChart::setRefreshInterval(int ms) {
     m_refreshInterval = ms;
-    m_timer->setInterval(ms);
+    // A timer of 0 ms never fires, and the chart would never show its points.
+    m_timer->setInterval(std::max(ms, 1));
 }
 
 void StripChart::setRightToLeft(bool rightToLeft) {

@@ -29,7 +29,7 @@ class Timer;
 // timer of RefreshInterval ms, which runs only while new points arrive), never per point.
 // With AutoScale on, each redraw fits the limits to the points on screen (see ChartScale)
 // and reports them through ScaleTopChanged / ScaleBottomChanged when they change; with
-// AutoScale off the limits stay where they are.
+// AutoScale off the limits stay where they are (-1 to 1 before the first fit).
 //
 // Cursor read-out: moving the mouse over the chart emits CursorMove with X = the time
 // position in seconds across the chart, counted from the edge where the trace starts (the
@@ -73,9 +73,11 @@ public:
     float Mean() const;
     float StdDev() const;
 
+    // Redraw period in ms; below 1 ms the chart redraws every millisecond.
     int RefreshInterval() const { return m_refreshInterval; }
     void setRefreshInterval(int ms);
-    // Points per second; used for the cursor's X only.
+    // Points per second; used for the cursor's X only (X counts points when it is not
+    // positive).
     float SampleRate() const { return m_sampleRate; }
     void setSampleRate(float pointsPerSecond) { m_sampleRate = pointsPerSecond; }
     bool RightToLeft() const { return m_rightToLeft; }
