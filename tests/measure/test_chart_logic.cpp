@@ -94,18 +94,6 @@ TEST(TraceBuffer, BucketsFitTheColumnsAndShowAboutCapacityPoints) {
     }
 }
 
-TEST(TraceBuffer, BucketsKeepASingleSampleSpike) {
-    TraceBuffer trace(5000);
-    trace.setColumns(100); // 50 points per bucket
-    for (int i = 0; i < 5000; ++i)
-        trace.add(i == 1234 ? 100.0f : 0.0f);
-    const TraceBuffer::Bucket& spiked = trace.bucket(1234 / 50);
-    EXPECT_EQ(spiked.max, 100.0f);
-    EXPECT_EQ(spiked.min, 0.0f);
-    EXPECT_EQ(trace.bucket(1234 / 50 + 1).max, 0.0f);
-    EXPECT_EQ(trace.range(), std::pair(0.0f, 100.0f));
-}
-
 TEST(TraceBuffer, ResizingRebuildsTheBucketsFromThePoints) {
     TraceBuffer trace(1000);
     trace.setColumns(1000);
@@ -136,27 +124,6 @@ TEST(TraceBuffer, ScrollingAndSweepingPlaceTheBuckets) {
     EXPECT_EQ(trace.bucketAtSlot(2, false), 2); // the last sweep, still on screen
     EXPECT_EQ(trace.bucketAtSlot(0, true), 2);
     EXPECT_EQ(trace.bucketAtSlot(3, true), 5);
-}
-
-TEST(TraceBuffer, StatisticsCoverThePointsOnScreenWithoutBlanks) {
-    TraceBuffer trace(1000);
-    trace.setColumns(50); // 50 buckets of 20: exactly 1000 points on screen
-    EXPECT_FALSE(trace.statistics());
-    for (int i = 0; i < 1000; ++i)
-        trace.add(100.0f);
-    for (int i = 0; i < 1000; ++i)
-        trace.add(i % 20 >= 18 ? NAN : (i % 2 ? 3.0f : 1.0f));
-    const auto statistics = trace.statistics();
-    ASSERT_TRUE(statistics);
-    EXPECT_FLOAT_EQ(statistics->mean, 2.0f);
-    EXPECT_FLOAT_EQ(statistics->standardDeviation, 1.0f);
-    for (int i = 0; i < 1000; ++i)
-        trace.add(NAN);
-    EXPECT_FALSE(trace.statistics());
-    EXPECT_FALSE(trace.range());
-    trace.clear();
-    EXPECT_EQ(trace.pointCount(), 0);
-    EXPECT_EQ(trace.bucketAtSlot(0, false), -1);
 }
 
 } // namespace

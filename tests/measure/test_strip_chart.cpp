@@ -134,6 +134,12 @@ TEST_F(ChartFixture, MeanAndStdDevOfThePointsOnScreen) {
     }
     EXPECT_FLOAT_EQ(chart.Mean(), 2.0f);
     EXPECT_FLOAT_EQ(chart.StdDev(), 1.0f);
+    for (int i = 0; i < 5000; ++i)
+        chart.AddBlank(false, false, 0, 0);
+    EXPECT_EQ(chart.Mean(), 0.0f);
+    chart.AddPoint(7.0f);
+    EXPECT_EQ(chart.Mean(), 7.0f);
+    EXPECT_EQ(chart.StdDev(), 0.0f);
     chart.Clear();
     EXPECT_EQ(chart.Mean(), 0.0f);
     EXPECT_EQ(chart.StdDev(), 0.0f);
