@@ -180,7 +180,18 @@ TEST_P(FailedSave, ReportsWhyAndLeavesNoFileAndTheTableWhole) {
 
 INSTANTIATE_TEST_SUITE_P(Causes, FailedSave,
                          testing::Values(Failure::MissingFolder, Failure::ReadOnlyFolder,
-                                         Failure::DiskFull));
+                                         Failure::DiskFull),
+                         [](const testing::TestParamInfo<Failure>& info) {
+                             switch (info.param) {
+                             case Failure::MissingFolder:
+                                 return "MissingFolder";
+                             case Failure::ReadOnlyFolder:
+                                 return "ReadOnlyFolder";
+                             case Failure::DiskFull:
+                                 return "DiskFull";
+                             }
+                             return "";
+                         });
 
 TEST(CaptureFile, LoadsUnchangedWithNumpy) {
     // The system's interpreter first: that is the one Debian's python3-numpy serves, while
