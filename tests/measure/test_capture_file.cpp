@@ -135,6 +135,11 @@ TEST(CaptureFile, SaveReplacesAnOlderFile) {
 
 enum class Failure { MissingFolder, ReadOnlyFolder, DiskFull };
 
+void PrintTo(Failure failure, std::ostream* out) {
+    constexpr const char* names[] = {"missing folder", "read-only folder", "disk full"};
+    *out << names[static_cast<int>(failure)];
+}
+
 class FailedSave : public testing::TestWithParam<Failure> {};
 
 TEST_P(FailedSave, ReportsWhyAndLeavesNoFileAndTheTableWhole) {
@@ -180,18 +185,7 @@ TEST_P(FailedSave, ReportsWhyAndLeavesNoFileAndTheTableWhole) {
 
 INSTANTIATE_TEST_SUITE_P(Causes, FailedSave,
                          testing::Values(Failure::MissingFolder, Failure::ReadOnlyFolder,
-                                         Failure::DiskFull),
-                         [](const testing::TestParamInfo<Failure>& info) {
-                             switch (info.param) {
-                             case Failure::MissingFolder:
-                                 return "MissingFolder";
-                             case Failure::ReadOnlyFolder:
-                                 return "ReadOnlyFolder";
-                             case Failure::DiskFull:
-                                 return "DiskFull";
-                             }
-                             return "";
-                         });
+                                         Failure::DiskFull));
 
 TEST(CaptureFile, LoadsUnchangedWithNumpy) {
     // The system's interpreter first: that is the one Debian's python3-numpy serves, while
