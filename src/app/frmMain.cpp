@@ -9,6 +9,9 @@
 #include "app/ZeroPanel.h"
 #include "app/frmSplash.h"
 #include "device/PlateError.h"
+#include "maintenance/frmEncoder.h"
+#include "maintenance/frmPlateInfoEx.h"
+#include "maintenance/frmProgramID.h"
 #include "resources/ResourceFiles.h"
 #include "resources/StringTable.h"
 #include "support/Clock.h"
@@ -78,6 +81,13 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
 
     // Tool dialogs are registered here, one addTool line each; a button without one stays
     // disabled.
+    addTool(frmGeneralInfo->cmdDevInfoEx, [this] {
+        auto* dialog = new frmPlateInfoEx(toolContext());
+        dialog->setServicePanels(m_servicePanels); // before the plate: it shows the resets
+        return dialog;
+    });
+    addTool(cmdProgramID, [this] { return new frmProgramID(toolContext()); });
+    addTool(cmdEncoder, [this] { return new frmEncoder(toolContext()); });
     setPlatePanelsEnabled(false);
 }
 
