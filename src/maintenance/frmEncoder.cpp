@@ -15,6 +15,7 @@ constexpr int OkText = 10;
 constexpr int CaptionText = 100;
 // Room for a full 32-bit value, so the dialog keeps its size while the value changes.
 constexpr int ValueCharacters = 12;
+constexpr int TitleBarButtonsWidth = 80;
 } // namespace
 
 frmEncoder::frmEncoder(const ToolContext& context, QWidget* parent)
@@ -40,6 +41,9 @@ frmEncoder::frmEncoder(const ToolContext& context, QWidget* parent)
     layout->addWidget(Label1, 0, 1);
     layout->addWidget(cmdOK, 1, 1, Qt::AlignRight);
     layout->setSizeConstraint(QLayout::SetFixedSize);
+    // The window would otherwise be narrower than its own title.
+    const int titleWidth = fontMetrics().horizontalAdvance(windowTitle()) + TitleBarButtonsWidth;
+    layout->setColumnMinimumWidth(1, titleWidth - Label2->sizeHint().width());
 
     Timer1 = clock().createTimer(this);
     Timer1->setObjectName(QStringLiteral("Timer1"));
