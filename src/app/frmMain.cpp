@@ -420,6 +420,7 @@ void frmMain::unload() {
         writeResolution24();
     for (Tool& tool : m_tools) {
         if (tool.dialog) {
+            disconnect(tool.dialog, nullptr, this, nullptr); // the window is going, not back
             tool.dialog->close();
             delete tool.dialog;
         }
