@@ -160,6 +160,7 @@ void frmPlateInfoEx::readRecord() {
     // Field by field: a failing read ends the pass and leaves the fields after it as they were.
     runDevice([&] {
         lblSerialNumberTxt->setText(plate->SerialNumber());
+        // Major before minor: the operands of + are not sequenced.
         const quint8 major = plate->FirmwareMajor();
         lblFrimwareTxt->setText(QString::number(major) + u'.' +
                                 QString::number(plate->FirmwareMinor()));

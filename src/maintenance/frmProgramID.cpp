@@ -30,15 +30,13 @@ constexpr int DidText = 130;
 constexpr int FpDefaultsText = 200;
 constexpr int BpDefaultsText = 210;
 
-// Room for three digits, so an over-long entry is seen whole before it is refused.
+// Room for three of the widest digits, so an over-long entry is seen whole before it is
+// refused.
 constexpr int BoxCharacters = 3;
 
-QString plainCaption(const QString& caption) {
-    QString plain = caption;
-    plain.remove(u'&');
-    if (plain.endsWith(u':'))
-        plain.chop(1);
-    return plain;
+// "Vendor ID:" names its boxes as "Vendor ID".
+QString withoutColon(const QString& caption) {
+    return caption.endsWith(u':') ? caption.chopped(1) : caption;
 }
 
 } // namespace
@@ -52,10 +50,10 @@ frmProgramID::frmProgramID(const ToolContext& context, QWidget* parent)
     lblVID = makeLabel("lblVID", VidText);
     lblPID = makeLabel("lblPID", PidText);
     lblDID = makeLabel("lblDID", DidText);
-    txtEEPROM = makeBox(QStringLiteral("txtEEPROM"), plainCaption(lblEEPROM->text()));
+    txtEEPROM = makeBox(QStringLiteral("txtEEPROM"), withoutColon(lblEEPROM->text()));
     const auto makePair = [this](const char* name, const QLabel* label) {
         const QString base = QLatin1String(name);
-        const QString caption = plainCaption(label->text());
+        const QString caption = withoutColon(label->text());
         return std::array<QLineEdit*, 2>{
             makeBox(base + u'0', tr("%1, first byte").arg(caption)),
             makeBox(base + u'1', tr("%1, second byte").arg(caption)),
@@ -93,7 +91,8 @@ frmProgramID::frmProgramID(const ToolContext& context, QWidget* parent)
     auto* buttons = new QVBoxLayout;
     buttons->addWidget(cmdGet);
     buttons->addWidget(cmdSet);
-    buttons->addSpacing(style()->pixelMetric(QStyle::PM_LayoutVerticalSpacing) * 3);
+    // The presets apart from the buttons that talk to the plate.
+    buttons->addSpacing(fontMetrics().height());
     buttons->addWidget(cmdFPDefaults);
     buttons->addWidget(cmdBPDefaults);
     buttons->addStretch();
@@ -101,7 +100,7 @@ frmProgramID::frmProgramID(const ToolContext& context, QWidget* parent)
 
     auto* layout = new QHBoxLayout(this);
     layout->addLayout(boxes);
-    layout->addSpacing(style()->pixelMetric(QStyle::PM_LayoutHorizontalSpacing) * 3);
+    layout->addSpacing(fontMetrics().height());
     layout->addLayout(buttons);
     layout->setSizeConstraint(QLayout::SetFixedSize);
 }
