@@ -52,14 +52,6 @@ TEST_F(Encoder, PollsAndShowsEachAnswerAsAPlainInteger) {
     EXPECT_EQ(d.Label1->text(), QString::number(answers.last()));
 }
 
-TEST_F(Encoder, LargeAndNegativeValuesWithoutSeparators) {
-    auto& d = openDialog(plate);
-    for (const qint32 value : {1234567, -42, 0, std::numeric_limits<qint32>::min()}) {
-        Q_EMIT plate->EncoderIn(value);
-        EXPECT_EQ(d.Label1->text(), QString::number(value));
-    }
-}
-
 TEST_F(Encoder, WithoutAPlateNothingIsAskedAndTheValueStaysEmpty) {
     auto& d = openDialog(nullptr);
     EXPECT_FALSE(d.Timer1->isEnabled());

@@ -5,7 +5,6 @@
 #include "maintenance/frmEncoder.h"
 #include "maintenance/frmPlateInfoEx.h"
 #include "maintenance/frmProgramID.h"
-#include "resources/StringTable.h"
 #include "sim/SimDriver.h"
 #include "sim/SimPlate.h"
 #include "support/ManualClock.h"
@@ -51,13 +50,11 @@ protected:
     test::TempEnvironment environment;
     ManualClock clock;
     test::RecordingPrompt prompt;
-    SimDriver* driver = nullptr;
     frmMain window{clock, prompt, [this] {
                        auto sim = std::make_unique<SimDriver>(clock);
                        SimPlateConfig config;
                        config.serial = QStringLiteral("KX2001");
                        sim->addPlate(config);
-                       driver = sim.get();
                        return sim;
                    }};
 };
@@ -95,18 +92,6 @@ TEST_F(MainWindowTools, ServiceButtonsOpenTheUsbIdentityAndEncoderDialogs) {
     encoder->cmdOK->click();
     EXPECT_TRUE(window.isVisible());
     EXPECT_TRUE(prompt.messages.isEmpty());
-}
-
-TEST_F(MainWindowTools, UnpluggingUnderTheEncoderGivesTheWindowBackWithoutThePlate) {
-    enterServiceMode();
-    window.cmdEncoder->click();
-    ASSERT_NE(openDialog<frmEncoder>(), nullptr);
-    driver->unplug(QStringLiteral("KX2001"));
-    clock.advance(500);
-    EXPECT_EQ(openDialog<frmEncoder>(), nullptr);
-    EXPECT_TRUE(window.isVisible());
-    EXPECT_TRUE(window.isEnabled());
-    EXPECT_EQ(prompt.messages.count(strings::text(6920)), 1);
 }
 
 } // namespace

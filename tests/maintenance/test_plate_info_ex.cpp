@@ -184,16 +184,6 @@ TEST_F(PlateInfoEx, AFailingReadLeavesTheRemainingFieldsAsTheyWere) {
     EXPECT_EQ(unloads, 0);
 }
 
-TEST_F(PlateInfoEx, AFailingResetReadsNothing) {
-    auto& d = openDialog(plate, true);
-    const QString timeOn = d.lblTimeOnTxt->text();
-    clock.advance(2 * Hour);
-    plate->failures().failNextCall(QStringLiteral("Command refused."));
-    d.cmdResetTime->click();
-    EXPECT_EQ(prompt.messages, QStringList{QStringLiteral("Command refused.")});
-    EXPECT_EQ(d.lblTimeOnTxt->text(), timeOn);
-}
-
 TEST_F(PlateInfoEx, UnpluggingClosesAtOnceAfterTheMessage) {
     auto& d = openDialog(plate, true);
     driver.unplug(QStringLiteral("KX2001"));

@@ -152,28 +152,11 @@ TEST_F(ProgramID, WithoutAPlateOnlyTheSecondPresetDoesAnything) {
     EXPECT_EQ(texts(d), (QStringList{"B0", "02", "0D", "01", "04", "01", "00"}));
 }
 
-TEST_F(ProgramID, AFailingWriteIsReported) {
-    auto& d = openDialog(plate2);
-    d.cmdGet->click();
-    plate2->failures().failEveryCall(QStringLiteral("SetUsbIdentity"),
-                                     QStringLiteral("EEPROM busy."));
-    d.cmdSet->click();
-    EXPECT_EQ(prompt.messages, QStringList{QStringLiteral("EEPROM busy.")});
-    EXPECT_EQ(unloads, 0);
-}
-
 TEST_F(ProgramID, UnpluggingClosesAtOnceAfterTheMessage) {
     openDialog(plate2);
     driver.unplug(QStringLiteral("KX2001"));
     EXPECT_EQ(prompt.messages, QStringList{strings::text(5920)});
     EXPECT_EQ(unloads, 1);
-}
-
-TEST_F(ProgramID, OkUnloads) {
-    auto& d = openDialog(plate2);
-    d.cmdExit->click();
-    EXPECT_EQ(unloads, 1);
-    EXPECT_EQ(d.device(), nullptr);
 }
 
 } // namespace
