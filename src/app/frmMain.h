@@ -96,11 +96,14 @@ private:
     QWidget* buildCentralWidget();
     QPushButton* makeButton(const char* objectName, int captionId, QWidget* parent);
     void finishLoad();
+    void centre();
+    void keepOnScreen();
     void applyLayout();
     void showServicePanels();
 
-    // The device list and the selection.
-    void cbxDevice_Click();
+    // The selection handler: the plate of the selected entry becomes the selected device and
+    // fills every panel; with nothing selected the panels and tool buttons are disabled.
+    void showSelectedDevice();
     void appendEntry(const QString& serial);
     void setPlatePanelsEnabled(bool enabled);
     void PlateListUpdateBegin();

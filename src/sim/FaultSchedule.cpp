@@ -31,7 +31,7 @@ void FaultSchedule::clear() {
 
 void FaultSchedule::fireSampleFaults(qint64 samples) {
     const auto due = std::find_if(m_bySamples.begin(), m_bySamples.end(),
-                                  [samples](const Pending& p) { return p.samples <= samples; });
+                                  [samples](const Pending& p) { return p.samples == samples; });
     if (due == m_bySamples.end())
         return;
     const PlateFault fault = due->fault;

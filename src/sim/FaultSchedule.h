@@ -10,9 +10,9 @@ namespace kx {
 
 class Clock;
 
-// Faults of one plate that fall due later: at a tick count, or once an acquisition has taken
-// a number of samples (the first acquisition that gets that far; each acquisition counts from
-// its own start). Each fault fires once, through the handler.
+// Faults of one plate that fall due later: at a tick count, or when an acquisition takes its
+// Nth sample (each acquisition counts from its own start; one already past N leaves the fault
+// to the next one that gets there). Each fault fires once, through the handler.
 class FaultSchedule {
 public:
     using Handler = std::function<void(PlateFault)>;
