@@ -30,6 +30,7 @@
 #include <QScreen>
 #include <QStatusBar>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace kx {
 
@@ -79,8 +80,12 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
     // The window is as large as its layout asks, and follows it when frames hide or show.
     layout()->setSizeConstraint(QLayout::SetFixedSize);
 
-    // Tool dialogs are registered here, one addTool line each; a button without one stays
-    // disabled.
+    // Tool dialogs are registered here, one addTool line each, e.g.
+    //   addTool(cmdMeter, [this] { return new kx::frmMeter(toolContext()); });
+    // (qualified: the frames frmZero and frmCalibrate share their names with dialogs). The
+    // factory prepares what its dialog needs before it is shown: frmZero's duration "5",
+    // frmCalibrate's excitation from txtAVoltageCurr and duration "2", frmPlateInfoEx's
+    // servicePanels(). A button without a line stays disabled.
     addTool(frmGeneralInfo->cmdDevInfoEx, [this] {
         auto* dialog = new frmPlateInfoEx(toolContext());
         dialog->setServicePanels(m_servicePanels); // before the plate: it shows the resets
@@ -399,6 +404,13 @@ void frmMain::takeUpNewSerialNumber() {
 }
 
 void frmMain::addTool(QPushButton* button, ToolFactory create) {
+    // One dialog per button: a later registration takes the button over.
+    const auto known = std::find_if(m_tools.begin(), m_tools.end(),
+                                    [button](const Tool& tool) { return tool.button == button; });
+    if (known != m_tools.end()) {
+        known->create = std::move(create);
+        return;
+    }
     m_tools.push_back({button, std::move(create), nullptr});
     connect(button, &QPushButton::clicked, this, [this, button] {
         for (Tool& tool : m_tools) {

@@ -1,11 +1,9 @@
-#include "device/ToolDialog.h"
-
 #include "RecordingPrompt.h"
+#include "device/ToolDialog.h"
 #include "resources/StringTable.h"
 #include "support/ManualClock.h"
 
 #include <QTest>
-
 #include <gtest/gtest.h>
 
 namespace kx {
@@ -14,7 +12,8 @@ namespace {
 // The smallest dialog: it records what the base class asks of it.
 class ProbeDialog : public ToolDialog {
 public:
-    ProbeDialog(const ToolContext& context, int block) : ToolDialog(context, block) {}
+    ProbeDialog(const ToolContext& context, int block)
+        : ToolDialog(context, block) {}
     using ToolDialog::text;
     int unloadings = 0;
 
