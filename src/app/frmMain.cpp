@@ -9,6 +9,9 @@
 #include "app/ZeroPanel.h"
 #include "app/frmSplash.h"
 #include "device/PlateError.h"
+#include "maintenance/frmEncoder.h"
+#include "maintenance/frmPlateInfoEx.h"
+#include "maintenance/frmProgramID.h"
 #include "resources/ResourceFiles.h"
 #include "resources/StringTable.h"
 #include "support/Clock.h"
@@ -27,6 +30,7 @@
 #include <QScreen>
 #include <QStatusBar>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace kx {
 
@@ -82,6 +86,13 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
     // factory prepares what its dialog needs before it is shown: frmZero's duration "5",
     // frmCalibrate's excitation from txtAVoltageCurr and duration "2", frmPlateInfoEx's
     // servicePanels(). A button without a line stays disabled.
+    addTool(frmGeneralInfo->cmdDevInfoEx, [this] {
+        auto* dialog = new frmPlateInfoEx(toolContext());
+        dialog->setServicePanels(m_servicePanels); // before the plate: it shows the resets
+        return dialog;
+    });
+    addTool(cmdProgramID, [this] { return new frmProgramID(toolContext()); });
+    addTool(cmdEncoder, [this] { return new frmEncoder(toolContext()); });
     setPlatePanelsEnabled(false);
 }
 
@@ -393,6 +404,13 @@ void frmMain::takeUpNewSerialNumber() {
 }
 
 void frmMain::addTool(QPushButton* button, ToolFactory create) {
+    // One dialog per button: a later registration takes the button over.
+    const auto known = std::find_if(m_tools.begin(), m_tools.end(),
+                                    [button](const Tool& tool) { return tool.button == button; });
+    if (known != m_tools.end()) {
+        known->create = std::move(create);
+        return;
+    }
     m_tools.push_back({button, std::move(create), nullptr});
     connect(button, &QPushButton::clicked, this, [this, button] {
         for (Tool& tool : m_tools) {
