@@ -9,6 +9,7 @@
 #include "app/ZeroPanel.h"
 #include "app/frmSplash.h"
 #include "device/PlateError.h"
+#include "measure/frmAcquire.h"
 #include "resources/ResourceFiles.h"
 #include "resources/StringTable.h"
 #include "support/Clock.h"
@@ -82,6 +83,7 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
     // factory prepares what its dialog needs before it is shown: frmZero's duration "5",
     // frmCalibrate's excitation from txtAVoltageCurr and duration "2", frmPlateInfoEx's
     // servicePanels(). A button without a line stays disabled.
+    addTool(cmdAcquire, [this] { return new frmAcquire(toolContext()); });
     setPlatePanelsEnabled(false);
 }
 

@@ -30,10 +30,9 @@ protected:
 
 TEST_F(MainWindowTools, ButtonsWithoutADialogStayDisabled) {
     start();
-    for (QPushButton* button :
-         {window->cmdGetZero, window->cmdMeter, window->cmdScale, window->cmdAcquire,
-          window->cmdProgramID, window->cmdEncoder, window->cmdNoise, window->cmdCalibrate,
-          window->frmGeneralInfo->cmdDevInfoEx})
+    for (QPushButton* button : {window->cmdGetZero, window->cmdMeter, window->cmdScale,
+                                window->cmdProgramID, window->cmdEncoder, window->cmdNoise,
+                                window->cmdCalibrate, window->frmGeneralInfo->cmdDevInfoEx})
         EXPECT_FALSE(button->isEnabled()) << button->objectName().toStdString();
     addBenchTool(window->cmdMeter, strings::MeterBlock);
     EXPECT_TRUE(window->cmdMeter->isEnabled());
