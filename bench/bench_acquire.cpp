@@ -31,7 +31,7 @@ void forcesIn(benchmark::State& state) {
     driver.AddDeviceId(kx::PlateVendorId, kx::PlateProductId2, 0);
     driver.OpenDevices(kx::PlateVendorId, kx::PlateProductId1, kx::PlateProductId2);
     clock.settle();
-    kx::PlateDevice& plate = *driver.Item(0);
+    kx::PlateDevice& plate = *driver.plate(QStringLiteral("1"));
     kx::frmAcquire dialog(kx::ToolContext{clock, prompt});
     dialog.setDevice(&plate);
     dialog.optSignal[static_cast<std::size_t>(state.range(0))]->click();
