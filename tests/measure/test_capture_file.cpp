@@ -135,6 +135,11 @@ TEST(CaptureFile, SaveReplacesAnOlderFile) {
 
 enum class Failure { MissingFolder, ReadOnlyFolder, DiskFull };
 
+void PrintTo(Failure failure, std::ostream* out) {
+    constexpr const char* names[] = {"missing folder", "read-only folder", "disk full"};
+    *out << names[static_cast<int>(failure)];
+}
+
 class FailedSave : public testing::TestWithParam<Failure> {};
 
 TEST_P(FailedSave, ReportsWhyAndLeavesNoFileAndTheTableWhole) {

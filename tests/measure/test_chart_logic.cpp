@@ -16,6 +16,10 @@ struct ScaleCase {
     double minSpan;
 };
 
+void PrintTo(const ScaleCase& c, std::ostream* out) {
+    *out << c.low << " .. " << c.high << " min span " << c.minSpan;
+}
+
 class ScaleFits : public testing::TestWithParam<ScaleCase> {};
 
 TEST_P(ScaleFits, NiceLimitsAroundTheDataAtLeastMinSpanApart) {

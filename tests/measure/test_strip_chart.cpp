@@ -150,6 +150,10 @@ struct SpanCase {
     float minSpan;
 };
 
+void PrintTo(const SpanCase& c, std::ostream* out) {
+    *out << c.value << " min span " << c.minSpan;
+}
+
 class AutoScaleSpan : public ChartFixture, public testing::WithParamInterface<SpanCase> {};
 
 TEST_P(AutoScaleSpan, FlatTraceGetsAtLeastMinSpanAndSignalsOnlyChanges) {
