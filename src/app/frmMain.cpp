@@ -12,6 +12,7 @@
 #include "maintenance/frmEncoder.h"
 #include "maintenance/frmPlateInfoEx.h"
 #include "maintenance/frmProgramID.h"
+#include "measure/frmAcquire.h"
 #include "resources/ResourceFiles.h"
 #include "resources/StringTable.h"
 #include "support/Clock.h"
@@ -93,6 +94,7 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
     });
     addTool(cmdProgramID, [this] { return new frmProgramID(toolContext()); });
     addTool(cmdEncoder, [this] { return new frmEncoder(toolContext()); });
+    addTool(cmdAcquire, [this] { return new frmAcquire(toolContext()); });
     setPlatePanelsEnabled(false);
 }
 

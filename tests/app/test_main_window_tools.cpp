@@ -31,7 +31,7 @@ protected:
 TEST_F(MainWindowTools, ButtonsWithoutADialogStayDisabled) {
     start();
     for (QPushButton* button : {window->cmdGetZero, window->cmdMeter, window->cmdScale,
-                                window->cmdAcquire, window->cmdNoise, window->cmdCalibrate})
+                                window->cmdNoise, window->cmdCalibrate})
         EXPECT_FALSE(button->isEnabled()) << button->objectName().toStdString();
     addBenchTool(window->cmdMeter, strings::MeterBlock);
     EXPECT_TRUE(window->cmdMeter->isEnabled());
