@@ -1,0 +1,33 @@
+#pragma once
+
+#include "app/PlatePanel.h"
+
+class QLabel;
+class QLineEdit;
+class QTableWidget;
+
+namespace kx {
+
+// "Calibration Matrix:": the plate's 3 x 3 matrix (rows Fz, Mx, My; columns bridge channels
+// 1 to 3) in a grid whose cells are edited in place by txtEditCalMat.
+class MatrixPanel : public PlatePanel {
+    Q_OBJECT
+public:
+    static constexpr int Size = 3;
+
+    MatrixPanel(Prompt& prompt, const SelectedPlate& plate, QWidget* parent = nullptr);
+
+    // One row of the grid from the plate.
+    void fillRow(PlateDevice& plate, int row);
+
+    QLabel* lblCalMatCaption;
+    QTableWidget* flxgrdCalibrationMat;
+    QLineEdit* txtEditCalMat;
+
+private:
+    void openEditor();
+    void validateEditor();
+    void showCell(PlateDevice& plate, int row, int column);
+};
+
+} // namespace kx

@@ -1,0 +1,421 @@
+#include "app/frmMain.h"
+
+#include "app/AppCountersPanel.h"
+#include "app/ConverterCommandsPanel.h"
+#include "app/ConverterPanel.h"
+#include "app/GeneralInfoPanel.h"
+#include "app/MatrixPanel.h"
+#include "app/StatusPanel.h"
+#include "app/ZeroPanel.h"
+#include "app/frmSplash.h"
+#include "device/PlateError.h"
+#include "resources/ResourceFiles.h"
+#include "resources/StringTable.h"
+#include "support/Clock.h"
+#include "support/Prompt.h"
+
+#include <QApplication>
+#include <QCloseEvent>
+#include <QComboBox>
+#include <QDir>
+#include <QGridLayout>
+#include <QGroupBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMouseEvent>
+#include <QPushButton>
+#include <QScreen>
+#include <QStatusBar>
+#include <QVBoxLayout>
+
+namespace kx {
+
+namespace {
+
+constexpr int OpenDevicesWaitMs = 1000;
+constexpr int UpdatingListText = 900;
+constexpr int ReadyText = 910;
+constexpr int PlatesInstalledText = 920;
+constexpr int HidDevicesText = 921;
+constexpr int ClosedResolution = 24;
+
+QIcon programIcon() {
+    QIcon icon;
+    for (int size : resources::IconSizes)
+        icon.addFile(resources::iconFile(size), QSize(size, size));
+    return icon;
+}
+
+// Centred on the screen, truncated to whole pixels.
+QPoint centredTopLeft(const QRect& screen, const QSize& window) {
+    return {screen.x() + (screen.width() - window.width()) / 2,
+            screen.y() + (screen.height() - window.height()) / 2};
+}
+
+} // namespace
+
+frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidget* parent)
+    : QMainWindow(parent)
+    , m_clock(clock)
+    , m_prompt(prompt)
+    , m_createDriver(std::move(createDriver))
+    , m_errors(
+          new DeviceErrorReporter(deviceErrorProfile(strings::MainBlock), clock, prompt, this)) {
+    setObjectName(QStringLiteral("frmMain"));
+    setWindowTitle(strings::text(strings::ApplicationTitle));
+    setCentralWidget(buildCentralWidget());
+
+    StatusBar1Panel1 = new QLabel(this);
+    StatusBar1Panel1->setObjectName(QStringLiteral("StatusBar1Panel1"));
+    StatusBar1Panel2 = new QLabel(this);
+    StatusBar1Panel2->setObjectName(QStringLiteral("StatusBar1Panel2"));
+    statusBar()->setObjectName(QStringLiteral("StatusBar1"));
+    statusBar()->setSizeGripEnabled(false);
+    statusBar()->addWidget(StatusBar1Panel1, 1);
+    statusBar()->addWidget(StatusBar1Panel2);
+    // The window is as large as its layout asks, and follows it when frames hide or show.
+    layout()->setSizeConstraint(QLayout::SetFixedSize);
+
+    // Tool dialogs are registered here, one addTool line each; a button without one stays
+    // disabled.
+    setPlatePanelsEnabled(false);
+}
+
+frmMain::~frmMain() {
+    for (Tool& tool : m_tools)
+        delete tool.dialog;
+    delete m_splash;
+}
+
+QPushButton* frmMain::makeButton(const char* objectName, int captionId, QWidget* parent) {
+    auto* button = new QPushButton(strings::text(captionId), parent);
+    button->setObjectName(QLatin1String(objectName));
+    return button;
+}
+
+QWidget* frmMain::buildCentralWidget() {
+    auto* central = new QWidget(this);
+    central->setObjectName(QStringLiteral("picBackground"));
+
+    frmDevices = new QGroupBox(strings::text(200), central);
+    frmDevices->setObjectName(QStringLiteral("frmDevices"));
+    cbxDevice = new QComboBox(frmDevices);
+    cbxDevice->setObjectName(QStringLiteral("cbxDevice"));
+    cbxDevice->setAccessibleName(strings::text(200).remove(u':'));
+    cmdDevOpen = makeButton("cmdDevOpen", 210, frmDevices);
+    cmdDevRefresh = makeButton("cmdDevRefresh", strings::mainwindow::RefreshDevices, frmDevices);
+    cmdDevClose = makeButton("cmdDevClose", 220, frmDevices);
+    auto* devices = new QGridLayout(frmDevices);
+    devices->addWidget(cbxDevice, 0, 0, 1, 3);
+    devices->addWidget(cmdDevOpen, 1, 0);
+    devices->addWidget(cmdDevRefresh, 1, 1);
+    devices->addWidget(cmdDevClose, 1, 2);
+
+    frmGeneralInfo = new GeneralInfoPanel(m_prompt, m_device, central);
+    frmConverter = new ConverterPanel(m_prompt, m_device, central);
+    frmZero = new ZeroPanel(m_prompt, m_device, central);
+    frmCalibration = new MatrixPanel(m_prompt, m_device, central);
+    frmStatus = new StatusPanel(m_prompt, m_device, central);
+    frmCalibrate = new ConverterCommandsPanel(m_prompt, m_device, central);
+    frmAppCounters = new AppCountersPanel(m_prompt, m_device, central);
+
+    cmdGetZero = makeButton("cmdGetZero", 120, central);
+    cmdMeter = makeButton("cmdMeter", 130, central);
+    cmdScale = makeButton("cmdScale", 140, central);
+    cmdAcquire = makeButton("cmdAcquire", 150, central);
+    cmdProgramID = makeButton("cmdProgramID", 160, central);
+    cmdEncoder = makeButton("cmdEncoder", 170, central);
+    cmdNoise = makeButton("cmdNoise", 180, central);
+    cmdCalibrate = makeButton("cmdCalibrate", 190, central);
+    cmdClose = makeButton("cmdClose", 110, central);
+
+    auto* plateColumn = new QVBoxLayout;
+    plateColumn->addWidget(frmDevices);
+    plateColumn->addWidget(frmGeneralInfo);
+    plateColumn->addWidget(frmConverter);
+    plateColumn->addStretch();
+    auto* tableColumn = new QVBoxLayout;
+    tableColumn->addWidget(frmZero);
+    tableColumn->addWidget(frmCalibration);
+    tableColumn->addStretch();
+    auto* serviceRow = new QHBoxLayout;
+    serviceRow->addWidget(frmStatus);
+    serviceRow->addWidget(frmCalibrate);
+    serviceRow->addWidget(frmAppCounters);
+    auto* toolColumn = new QVBoxLayout;
+    for (QPushButton* button : {cmdGetZero, cmdMeter, cmdScale, cmdAcquire, cmdProgramID,
+                                cmdEncoder, cmdNoise, cmdCalibrate})
+        toolColumn->addWidget(button);
+    toolColumn->addStretch();
+    toolColumn->addWidget(cmdClose);
+
+    auto* layout = new QGridLayout(central);
+    layout->addLayout(plateColumn, 0, 0);
+    layout->addLayout(tableColumn, 0, 1);
+    layout->addLayout(serviceRow, 1, 0, 1, 2);
+    layout->addLayout(toolColumn, 0, 2, 2, 1);
+
+    connect(cbxDevice, &QComboBox::activated, this, &frmMain::cbxDevice_Click);
+    connect(cmdDevOpen, &QPushButton::clicked, this, &frmMain::openDevices);
+    connect(cmdDevRefresh, &QPushButton::clicked, this, &frmMain::refreshDevices);
+    connect(cmdDevClose, &QPushButton::clicked, this, &frmMain::closeDevices);
+    connect(cmdClose, &QPushButton::clicked, this, &QWidget::close);
+    connect(frmGeneralInfo, &GeneralInfoPanel::serialNumberChanged, this,
+            &frmMain::takeUpNewSerialNumber);
+    return central;
+}
+
+void frmMain::load() {
+    m_splash = new frmSplash;
+    m_splash->show();
+    m_splash->repaint();
+
+    const QIcon icon = programIcon();
+    setWindowIcon(icon);
+    QApplication::setWindowIcon(icon);
+
+    m_driver = m_createDriver();
+    connect(m_driver.get(), &PlateDriver::PlateListUpdateBegin, this,
+            &frmMain::PlateListUpdateBegin);
+    connect(m_driver.get(), &PlateDriver::PlateArrived, this, &frmMain::PlateArrived);
+    connect(m_driver.get(), &PlateDriver::PlateNotResponding, this,
+            [this] { m_errors->report(DeviceEvent::NotResponding); });
+    connect(m_driver.get(), &PlateDriver::PlateRemoved, this, &frmMain::PlateRemoved);
+    connect(m_driver.get(), &PlateDriver::PlateListUpdateDone, this, &frmMain::PlateListUpdateDone);
+    openDevices();
+    m_clock.singleShot(OpenDevicesWaitMs, this, [this] { finishLoad(); });
+}
+
+void frmMain::finishLoad() {
+    m_servicePanels = false;
+    applyLayout();
+    cbxDevice_Click();
+    adjustSize();
+    if (const QScreen* screen = this->screen())
+        move(centredTopLeft(screen->geometry(), frameGeometry().size()));
+    show();
+    raise();
+    activateWindow();
+    delete m_splash;
+    setFocus();
+}
+
+void frmMain::applyLayout() {
+    frmStatus->setVisible(m_servicePanels);
+    frmCalibrate->setVisible(m_servicePanels);
+    frmAppCounters->setVisible(m_servicePanels);
+    frmConverter->setTurboRowVisible(m_servicePanels);
+}
+
+void frmMain::showServicePanels() {
+    m_servicePanels = true;
+    applyLayout();
+    cbxDevice_Click();
+}
+
+void frmMain::mousePressEvent(QMouseEvent* event) {
+    const bool gesture = event->button() == Qt::MiddleButton &&
+                         event->modifiers() == (Qt::ShiftModifier | Qt::ControlModifier);
+    if (gesture) {
+        const QWidget* hit = childAt(event->position().toPoint());
+        if (hit == nullptr || hit == centralWidget())
+            showServicePanels();
+    }
+    QMainWindow::mousePressEvent(event);
+}
+
+void frmMain::cbxDevice_Click() {
+    for (QPushButton* button : {cmdProgramID, cmdEncoder, cmdNoise, cmdCalibrate})
+        button->setVisible(m_servicePanels);
+    if (cbxDevice->currentIndex() < 0 || !m_driver) {
+        setPlatePanelsEnabled(false);
+        return;
+    }
+    m_device = nullptr;
+    runDeviceHandler(m_prompt, [this] {
+        PlateDevice* plate = m_driver->Item(cbxDevice->currentText());
+        if (!plate)
+            plate = m_driver->Item(m_driver->Count());
+        if (!plate) {
+            setPlatePanelsEnabled(false);
+            return;
+        }
+        m_device = plate;
+        frmGeneralInfo->fill(*plate);
+        frmAppCounters->fill(*plate);
+        frmStatus->fill(*plate);
+        frmConverter->repairGageVoltage(*plate);
+        frmConverter->fill(*plate);
+        frmZero->hideFourthChannel();
+        for (int row = 0; row < MatrixPanel::Size; ++row) {
+            frmCalibration->fillRow(*plate, row);
+            frmZero->fillChannel(*plate, row);
+        }
+        frmGeneralInfo->cmdDevInfoEx->setVisible(plate->FirmwareMajor() >= 2);
+        setPlatePanelsEnabled(true);
+    });
+}
+
+void frmMain::setPlatePanelsEnabled(bool enabled) {
+    for (QWidget* panel :
+         std::initializer_list<QWidget*>{frmGeneralInfo, frmConverter, frmZero, frmCalibration,
+                                         frmStatus, frmCalibrate, frmAppCounters})
+        panel->setEnabled(enabled);
+    for (QPushButton* button : {cmdGetZero, cmdMeter, cmdScale, cmdAcquire, cmdProgramID,
+                                cmdEncoder, cmdNoise, cmdCalibrate, frmGeneralInfo->cmdDevInfoEx}) {
+        const bool hasDialog = std::any_of(m_tools.begin(), m_tools.end(),
+                                           [button](const Tool& t) { return t.button == button; });
+        button->setEnabled(enabled && hasDialog);
+    }
+}
+
+void frmMain::appendEntry(const QString& serial) {
+    // A list without a selection keeps none: the list update decides what is selected.
+    const int selected = cbxDevice->currentIndex();
+    cbxDevice->addItem(serial);
+    cbxDevice->setCurrentIndex(selected);
+}
+
+void frmMain::PlateListUpdateBegin() {
+    StatusBar1Panel1->setText(strings::text(UpdatingListText));
+}
+
+void frmMain::PlateArrived(const QString&, const QString& serial) {
+    appendEntry(serial);
+}
+
+void frmMain::PlateRemoved(const QString&, const QString& serial) {
+    if (frmGeneralInfo->txtSerialNumber->text().toUpper() == serial.toUpper())
+        m_device = nullptr;
+    const int selectedBefore = cbxDevice->currentIndex();
+    // The bound is the count before any removal and the index does not step back, so of two
+    // equal neighbours only the first goes.
+    const int count = cbxDevice->count();
+    for (int i = 0; i < count; ++i) {
+        if (cbxDevice->itemText(i).toUpper() == serial.toUpper()) {
+            if (i == cbxDevice->currentIndex())
+                cbxDevice->setCurrentIndex(-1);
+            cbxDevice->removeItem(i);
+        }
+    }
+    if (selectedBefore >= 0 && cbxDevice->currentIndex() < 0)
+        cbxDevice_Click();
+}
+
+void frmMain::PlateListUpdateDone() {
+    StatusBar1Panel1->setText(strings::text(ReadyText));
+    const int selectedBefore = cbxDevice->currentIndex();
+    const QString remembered = selectedBefore >= 0 ? cbxDevice->currentText() : QString();
+    bool rebuilt = false;
+    runDeviceHandler(m_prompt, [&] {
+        const int plates = m_driver->Count();
+        if (cbxDevice->count() != plates) {
+            cbxDevice->clear();
+            rebuilt = true;
+            for (int position = 1; position <= plates; ++position)
+                appendEntry(m_driver->Item(position)->SerialNumber());
+        }
+        StatusBar1Panel2->setText(
+            QString::number(m_driver->Plates()) + strings::text(PlatesInstalledText) +
+            QString::number(m_driver->HIDs()) + strings::text(HidDevicesText));
+    });
+    if (!remembered.isEmpty()) {
+        for (int i = 0; i < cbxDevice->count(); ++i) {
+            if (cbxDevice->itemText(i) == remembered)
+                cbxDevice->setCurrentIndex(i);
+        }
+    }
+    if (cbxDevice->currentIndex() < 0 && cbxDevice->count() > 0)
+        cbxDevice->setCurrentIndex(0);
+    // The panels follow a selection that moved or a plate they no longer hold.
+    if (cbxDevice->currentIndex() >= 0 &&
+        (rebuilt || cbxDevice->currentIndex() != selectedBefore || !m_device))
+        cbxDevice_Click();
+
+    // The beep was meant for a failed playback, but follows every playback.
+    m_prompt.playSound(QDir(QCoreApplication::applicationDirPath())
+                           .filePath(QLatin1String(resources::SoundFileName)));
+    m_prompt.beep();
+}
+
+void frmMain::openDevices() {
+    runDeviceHandler(m_prompt, [this] {
+        m_driver->AddDeviceId(PlateVendorId, PlateProductId1, 0);
+        m_driver->AddDeviceId(PlateVendorId, PlateProductId2, 0);
+        m_driver->OpenDevices(PlateVendorId, PlateProductId1, PlateProductId2);
+    });
+}
+
+void frmMain::refreshDevices() {
+    runDeviceHandler(m_prompt, [this] { m_driver->Refresh(); });
+}
+
+void frmMain::writeResolution24() {
+    runDeviceHandler(m_prompt, [this] {
+        for (int position = 1; position <= m_driver->Count(); ++position)
+            m_driver->Item(position)->SetResolution(ClosedResolution);
+    });
+}
+
+void frmMain::closeDevices() {
+    writeResolution24();
+    cbxDevice->clear();
+    cbxDevice_Click();
+}
+
+void frmMain::takeUpNewSerialNumber() {
+    runDeviceHandler(m_prompt, [this] {
+        m_driver->ReleaseAll();
+        cbxDevice->clear();
+        m_driver->OpenDevices(PlateVendorId, PlateProductId1, PlateProductId2);
+    });
+}
+
+void frmMain::addTool(QPushButton* button, ToolFactory create) {
+    m_tools.push_back({button, std::move(create), nullptr});
+    connect(button, &QPushButton::clicked, this, [this, button] {
+        for (Tool& tool : m_tools) {
+            if (tool.button == button)
+                openTool(tool);
+        }
+    });
+    setPlatePanelsEnabled(!m_device.isNull());
+}
+
+void frmMain::openTool(Tool& tool) {
+    ToolDialog* dialog = tool.create();
+    tool.dialog = dialog;
+    dialog->setDevice(m_device);
+    connect(dialog, &ToolDialog::unloaded, this, [this, dialog] {
+        show();
+        setEnabled(true);
+        dialog->deleteLater();
+    });
+    dialog->show();
+    dialog->update();
+    setEnabled(false);
+    hide();
+}
+
+void frmMain::closeEvent(QCloseEvent* event) {
+    unload();
+    QMainWindow::closeEvent(event);
+}
+
+void frmMain::unload() {
+    if (m_unloaded)
+        return;
+    m_unloaded = true;
+    if (m_driver)
+        writeResolution24();
+    for (Tool& tool : m_tools) {
+        if (tool.dialog) {
+            tool.dialog->close();
+            delete tool.dialog;
+        }
+    }
+    m_device = nullptr;
+    m_driver.reset();
+}
+
+} // namespace kx

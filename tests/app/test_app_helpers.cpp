@@ -1,0 +1,81 @@
+#include "app/FileDialogSetup.h"
+#include "app/PlateInput.h"
+#include "app/PlatformLine.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace kx {
+namespace {
+
+TEST(PlatformLine, NamesLinuxWithItsKernelAndWindowsWithItsVersion) {
+    EXPECT_EQ(platformLine(QStringLiteral("linux"), QStringLiteral("6.1.0-18-amd64"), {}),
+              QStringLiteral("For Linux 6.1.0-18-amd64"));
+    EXPECT_EQ(platformLine(QStringLiteral("winnt"), QStringLiteral("10.0.19045"), {}),
+              QStringLiteral("For Windows NT 10.0"));
+    EXPECT_EQ(platformLine(QStringLiteral("darwin"), QStringLiteral("23.1.0"),
+                           QStringLiteral("macOS Sonoma (14.1)")),
+              QStringLiteral("macOS Sonoma (14.1)"));
+}
+
+TEST(PlateInput, NumbersUseThePointAndIgnoreBlanks) {
+    EXPECT_EQ(parseNumber(QStringLiteral(" 2.358 ")), 2.358);
+    EXPECT_EQ(parseNumber(QStringLiteral("-5")), -5.0);
+    EXPECT_EQ(parseNumber(QStringLiteral("1e3")), 1000.0);
+    for (const char* text : {"", "abc", "1,5", "12abc", "inf", "nan", "1e999"})
+        EXPECT_FALSE(parseNumber(QString::fromLatin1(text)).has_value()) << text;
+}
+
+TEST(PlateInput, WholeNumbersRoundHalfToEvenAndSaturate) {
+    EXPECT_EQ(toInt16(2.5), 2);
+    EXPECT_EQ(toInt16(3.5), 4);
+    EXPECT_EQ(toInt16(70000), 32767) << "never wraps to a negative rate";
+    EXPECT_EQ(toInt16(-70000), -32768);
+    EXPECT_EQ(toInt32(9e12), std::numeric_limits<qint32>::max());
+    EXPECT_EQ(toInt32(-9e12), std::numeric_limits<qint32>::min());
+    EXPECT_EQ(toSingle(1e300), std::numeric_limits<float>::max());
+    EXPECT_EQ(toSingle(-1e300), -std::numeric_limits<float>::max());
+}
+
+TEST(FileDialogSetup, FiltersShowTheirPatterns) {
+    EXPECT_EQ(qtNameFilters(QStringLiteral("All Files (*.*)|*.*|Text Files (*.txt)|*.txt")),
+              (QStringList{QStringLiteral("All Files (*)"), QStringLiteral("Text Files (*.txt)")}));
+    EXPECT_EQ(qtNameFilters(QStringLiteral("Calibration|*.cal;*.CAL")),
+              QStringList{QStringLiteral("Calibration (*.cal *.CAL)")});
+    EXPECT_TRUE(qtNameFilters(QString()).isEmpty());
+}
+
+TEST(FileDialogSetup, RequestOptionsReachTheDialog) {
+    QTemporaryDir folder;
+    FileDialogRequest request;
+    request.title = QStringLiteral("Save Capture");
+    request.filter = QStringLiteral("All Files (*.*)|*.*|Text Files (*.txt)|*.txt");
+    request.filterIndex = 2;
+    request.defaultExtension = QStringLiteral(".txt");
+    request.initialFolder = folder.path();
+    request.overwritePrompt = true;
+
+    QFileDialog save;
+    setUpFileDialog(save, request, QFileDialog::AcceptSave);
+    EXPECT_EQ(save.windowTitle(), request.title);
+    EXPECT_EQ(save.acceptMode(), QFileDialog::AcceptSave);
+    EXPECT_EQ(save.selectedNameFilter(), QStringLiteral("Text Files (*.txt)"));
+    EXPECT_EQ(save.defaultSuffix(), QStringLiteral("txt"));
+    EXPECT_EQ(save.directory().path(), folder.path());
+    EXPECT_FALSE(save.testOption(QFileDialog::DontConfirmOverwrite));
+
+    request.overwritePrompt = false;
+    request.fileMustExist = true;
+    request.filterIndex = 9; // out of range: the first filter
+    QFileDialog open;
+    setUpFileDialog(open, request, QFileDialog::AcceptOpen);
+    EXPECT_EQ(open.fileMode(), QFileDialog::ExistingFile);
+    EXPECT_EQ(open.selectedNameFilter(), QStringLiteral("All Files (*)"));
+    EXPECT_TRUE(open.testOption(QFileDialog::DontConfirmOverwrite));
+}
+
+} // namespace
+} // namespace kx
