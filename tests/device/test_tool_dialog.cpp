@@ -1,11 +1,9 @@
-#include "device/ToolDialog.h"
-
 #include "RecordingPrompt.h"
+#include "device/ToolDialog.h"
 #include "resources/StringTable.h"
 #include "support/ManualClock.h"
 
 #include <QTest>
-
 #include <gtest/gtest.h>
 
 namespace kx {
@@ -14,11 +12,14 @@ namespace {
 // The smallest dialog: it records what the base class asks of it.
 class ProbeDialog : public ToolDialog {
 public:
-    ProbeDialog(const ToolContext& context, int block) : ToolDialog(context, block) {}
+    ProbeDialog(const ToolContext& context, int block)
+        : ToolDialog(context, block) {}
     using ToolDialog::text;
+    int loadings = 0;
     int unloadings = 0;
 
 protected:
+    void loading() override { ++loadings; }
     void unloading() override { ++unloadings; }
 };
 
@@ -43,6 +44,13 @@ TEST_F(ToolDialogTest, EveryWayOfClosingUnloadsOnce) {
     dialog.reject();
     dialog.close();
     EXPECT_EQ(unloaded, 1);
+}
+
+TEST_F(ToolDialogTest, LoadsOnceOnItsFirstShow) {
+    EXPECT_EQ(dialog.loadings, 1);
+    dialog.hide();
+    dialog.show();
+    EXPECT_EQ(dialog.loadings, 1);
 }
 
 TEST_F(ToolDialogTest, EscapeUnloadsToo) {
