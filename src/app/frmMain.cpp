@@ -9,8 +9,11 @@
 #include "app/ZeroPanel.h"
 #include "app/frmSplash.h"
 #include "device/PlateError.h"
+#include "measure/frmMeter.h"
+#include "measure/frmZero.h"
 #include "resources/ResourceFiles.h"
 #include "resources/StringTable.h"
+#include "scale/frmScale.h"
 #include "support/Clock.h"
 #include "support/Prompt.h"
 
@@ -78,6 +81,17 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
 
     // Tool dialogs are registered here, one addTool line each; a button without one stays
     // disabled.
+    addTool(cmdGetZero, [this] {
+        auto* dialog = new kx::frmZero(toolContext());
+        dialog->txtDuration->setText(QStringLiteral("5"));
+        connect(dialog, &kx::frmZero::zeroValueWritten, frmZero,
+                [this](int channel, const QString& codes) {
+                    frmZero->txtZeroCurr[channel]->setText(codes);
+                });
+        return dialog;
+    });
+    addTool(cmdMeter, [this] { return new frmMeter(toolContext()); });
+    addTool(cmdScale, [this] { return new frmScale(toolContext()); });
     setPlatePanelsEnabled(false);
 }
 

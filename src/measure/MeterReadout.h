@@ -18,6 +18,11 @@ inline constexpr qint32 Slow = 2;
 // doubled for Slow (each step doubles).
 double meterPeriodMs(qint32 basePeriodMs, qint32 speed);
 
+// The zero value the meter writes to every channel while it runs, so that it shows the bridge
+// signals as the converter reads them: the converter's own zero, mid-scale of the unsigned
+// codes before firmware 2 and 0 of the signed codes from firmware 2 on.
+qint32 meterZeroCodes(int firmwareMajor);
+
 // One line of the read-out: "Ch2 -0.001234 VDC" for channel 2 (1-based).
 QString meterLine(int channel, double volts);
 
