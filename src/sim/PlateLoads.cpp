@@ -1,0 +1,73 @@
+#include "sim/PlateLoads.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+
+namespace kx {
+
+namespace {
+
+constexpr double WeightRamp = 0.2;
+constexpr double PersonRamp = 0.5;
+constexpr double TwoPi = 2 * std::numbers::pi;
+
+// 0 before the start, 1 after `ramp` seconds, smooth in between.
+double settle(double sinceStart, double ramp) {
+    const double u = std::clamp(sinceStart / ramp, 0.0, 1.0);
+    return u * u * (3 - 2 * u);
+}
+
+} // namespace
+
+void PlateLoads::placeWeight(double kilograms, double x, double y, double atSeconds) {
+    dropFinished(atSeconds);
+    m_loads.push_back(Load{kilograms, x, y, atSeconds, std::numeric_limits<double>::infinity(),
+                           WeightRamp, 0.0, false});
+}
+
+void PlateLoads::placePerson(double kilograms, double x, double y, Stance stance,
+                             double atSeconds) {
+    dropFinished(atSeconds);
+    const double sway = stance == Stance::Swaying ? 0.02 : 0.004;
+    m_loads.push_back(Load{kilograms, x, y, atSeconds, std::numeric_limits<double>::infinity(),
+                           PersonRamp, sway, true});
+}
+
+void PlateLoads::removeAll(double atSeconds) {
+    dropFinished(atSeconds);
+    for (Load& load : m_loads)
+        load.off = std::min(load.off, atSeconds);
+}
+
+void PlateLoads::dropFinished(double atSeconds) {
+    std::erase_if(m_loads, [atSeconds](const Load& l) { return l.off + l.ramp < atSeconds; });
+}
+
+Wrench PlateLoads::wrenchAt(double seconds) const {
+    Wrench w;
+    for (const Load& load : m_loads) {
+        const double present =
+            settle(seconds - load.on, load.ramp) * (1 - settle(seconds - load.off, load.ramp));
+        if (present == 0)
+            continue;
+        double mass = load.mass;
+        double x = load.x;
+        double y = load.y;
+        if (load.person) {
+            // Body sway: slow, mostly front to back, with a faster component on top.
+            const double t = seconds - load.on;
+            x += 0.6 * load.sway * std::sin(TwoPi * 0.31 * t + 1.0);
+            y += load.sway * (std::sin(TwoPi * 0.19 * t) + 0.3 * std::sin(TwoPi * 0.53 * t + 2.0));
+            mass *= 1 + 0.005 * std::sin(TwoPi * 0.27 * t);
+        }
+        const double fz = -mass * m_gravity * present;
+        w.fz += fz;
+        w.mx += fz * y;
+        w.my -= fz * x;
+    }
+    return w;
+}
+
+} // namespace kx

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "sim/Matrix3.h"
+
+#include <QString>
+#include <QtGlobal>
+#include <optional>
+
+namespace kx {
+
+// What a scenario (or the default set-up) says about one simulated plate. Everything not
+// given here is drawn from the seed: the hidden sensitivity, offsets, drifts and the values
+// stored in the plate at the factory.
+struct SimPlateConfig {
+    QString serial;
+    quint8 firmwareMajor = 2;
+    quint8 firmwareMinor = 0;
+    quint64 seed = 1;
+    // RMS converter noise in codes at 100 Hz and 5 V excitation; it grows with the square
+    // root of the sampling frequency.
+    double noiseCodes = 120;
+    // The hidden true matrix, (Fz, Mx, My) = matrix × normalised bridge volts, in N or N·m per
+    // volt at 1 V excitation; drawn from the seed when absent.
+    std::optional<Matrix3> trueMatrix;
+    double gageVoltage = 5.0;       // power-on default, V
+    double sampleFrequency = 100.0; // power-on default, Hz
+    double ambientTemperature = 22.0;
+    // A calibrated plate leaves the factory with a matrix close to the true one, zero values
+    // close to its offsets and a calibration record; an uncalibrated one holds zeros.
+    bool calibrated = true;
+    bool plugged = true;
+};
+
+} // namespace kx

@@ -1,0 +1,215 @@
+#include "SimBench.h"
+#include "sim/ScenarioReader.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QRegularExpression>
+#include <gtest/gtest.h>
+
+using kx::PlateDevice;
+using kx::PlateFault;
+using kx::Scenario;
+using kx::ScenarioReader;
+using Action = kx::Scenario::Event::Action;
+using kx::test::ForcesRecorder;
+using kx::test::SimBench;
+
+namespace {
+
+std::optional<Scenario> parse(const QString& text, QString* error = nullptr) {
+    QByteArray bytes = text.toUtf8();
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::ReadOnly);
+    ScenarioReader reader;
+    std::optional<Scenario> scenario = reader.read(buffer);
+    if (error)
+        *error = reader.errorString();
+    return scenario;
+}
+
+const char* const TwoPlates = "[plate a]\nserial = 20418\n[plate b]\nserial = 11093\n";
+
+} // namespace
+
+TEST(ScenarioReader, ShippedScenariosParse) {
+    const QDir dir(QStringLiteral(KX_SCENARIO_DIR));
+    const QStringList files = dir.entryList({QStringLiteral("*.scenario")}, QDir::Files);
+    EXPECT_GE(files.size(), 4);
+    for (const QString& file : files) {
+        ScenarioReader reader;
+        const auto scenario = reader.readFile(dir.filePath(file));
+        EXPECT_TRUE(scenario) << reader.errorString().toStdString();
+        EXPECT_FALSE(scenario->plates.isEmpty()) << file.toStdString();
+    }
+}
+
+TEST(ScenarioReader, ReadsPlatesSiteAndEvents) {
+    const auto scenario = parse(QStringLiteral(R"(# a bench
+[site]
+gravity = 9.81
+ambient = 19.5
+
+[plate one]
+serial = P-1         # inline comment
+firmware = 1.12
+seed = 99
+noise = 80.5
+matrix = -1000 -1000 -1000; 300, 300, -700; -500 500 0
+gage voltage = -5
+sampling frequency = 250
+calibrated = no
+plugged = no
+
+[events]
+at 1.5 s: load 25 kg at (0.1, -0.2) on P-1
+at 2 min 3 s: person 70 kg swaying on p-1
+At 3 S: Person 55.5 kg at (-0.1, 0.3) on P-1
+at 250 ms: unload P-1
+at 4 s: unplug P-1
+at 5 s: plug in P-1
+at 6 s: buffer overrun on P-1 after 500 samples
+at 7 s: not responding on P-1
+at 8 s: fail next call on P-1
+at 9 s: fail SetGageVoltage on P-1 with "bridge supply fault"
+at 1 h: recover P-1
+)"));
+    ASSERT_TRUE(scenario);
+    EXPECT_EQ(scenario->gravity, 9.81);
+    ASSERT_EQ(scenario->plates.size(), 1);
+    const kx::SimPlateConfig& p = scenario->plates[0];
+    EXPECT_EQ(p.serial, "P-1");
+    EXPECT_EQ(p.firmwareMajor, 1);
+    EXPECT_EQ(p.firmwareMinor, 12);
+    EXPECT_EQ(p.seed, 99u);
+    EXPECT_EQ(p.noiseCodes, 80.5);
+    ASSERT_TRUE(p.trueMatrix);
+    EXPECT_EQ((*p.trueMatrix)[1][2], -700.0);
+    EXPECT_EQ(p.gageVoltage, -5.0);
+    EXPECT_EQ(p.sampleFrequency, 250.0);
+    EXPECT_EQ(p.ambientTemperature, 19.5);
+    EXPECT_FALSE(p.calibrated);
+    EXPECT_FALSE(p.plugged);
+
+    const QList<Scenario::Event>& e = scenario->events;
+    ASSERT_EQ(e.size(), 11);
+    const struct {
+        qint64 atMs;
+        Action action;
+        int line;
+    } expected[] = {{1500, Action::PlaceWeight, 18},  {123000, Action::PlacePerson, 19},
+                    {3000, Action::PlacePerson, 20},  {250, Action::Unload, 21},
+                    {4000, Action::Unplug, 22},       {5000, Action::PlugIn, 23},
+                    {6000, Action::Fault, 24},        {7000, Action::Fault, 25},
+                    {8000, Action::FailNextCall, 26}, {9000, Action::FailOperation, 27},
+                    {3600000, Action::Recover, 28}};
+    for (int i = 0; i < 11; ++i) {
+        EXPECT_EQ(e[i].atMs, expected[i].atMs) << i;
+        EXPECT_EQ(e[i].action, expected[i].action) << i;
+        EXPECT_EQ(e[i].line, expected[i].line) << i;
+        EXPECT_EQ(e[i].serial, "P-1") << i;
+    }
+    EXPECT_EQ(e[0].kilograms, 25.0);
+    EXPECT_EQ(e[0].x, 0.1);
+    EXPECT_EQ(e[0].y, -0.2);
+    EXPECT_EQ(e[1].stance, kx::PlateLoads::Stance::Swaying);
+    EXPECT_EQ(e[1].y, 0.178); // the middle of the top
+    EXPECT_EQ(e[2].stance, kx::PlateLoads::Stance::Standing);
+    EXPECT_EQ(e[2].kilograms, 55.5);
+    EXPECT_EQ(e[2].x, -0.1);
+    EXPECT_EQ(e[6].fault, PlateFault::BufferOverRun);
+    EXPECT_EQ(e[6].afterSamples, 500);
+    EXPECT_EQ(e[7].fault, PlateFault::NotResponding);
+    EXPECT_EQ(e[7].afterSamples, 0);
+    EXPECT_EQ(e[9].operation, "SetGageVoltage");
+    EXPECT_EQ(e[9].message, "bridge supply fault");
+}
+
+TEST(ScenarioReader, MalformedFilesAreRejectedNamingTheLine) {
+    const struct {
+        const char* text;
+        int line;
+        const char* says;
+    } cases[] = {
+        {"serial = 1\n", 1, "before any section"},
+        {"[plates]\n", 1, "Unknown section"},
+        {"[plate a]\nserial = 1\ncolour = red\n", 3, "Unknown key \"colour\""},
+        {"[plate a]\nserial 1\n", 2, "key = value"},
+        {"\n\n[plate a]\nseed = 3\n[events]\n", 3, "has no serial"},
+        {"[plate a]\nserial = 1\n[plate b]\nserial = 1\n", 3, "second plate"},
+        {"[plate a]\nserial = 1\nfirmware = two\n", 3, "major.minor"},
+        {"[plate a]\nserial = 1\nnoise = loud\n", 3, "\"loud\" is not a number"},
+        {"[plate a]\nserial = 1\nmatrix = 1 2 3; 4 5 6\n", 3, "three rows"},
+        {"[plate a]\nserial = 1\nmatrix = 1 2 3; 2 4 6; 0 0 1\n", 3, "singular"},
+        {"[plate a]\nserial = 1\nplugged = maybe\n", 3, "neither yes nor no"},
+        {"[plate a]\nserial = 1\n[events]\nat 5 s: dance on 1\n", 4, "Cannot understand"},
+        {"[plate a]\nserial = 1\n[events]\nat soon: unplug 1\n", 4, "not a time"},
+        {"[plate a]\nserial = 1\n[events]\nunplug 1\n", 4, "at <time>"},
+        {"[plate a]\nserial = 1\n[events]\n# ok\nat 5 s: unplug 2\n", 5, "No plate with serial 2"},
+        {"[site]\ngravity = -9.8\n", 2, "positive"},
+    };
+    for (const auto& c : cases) {
+        QString error;
+        EXPECT_FALSE(parse(QString::fromLatin1(c.text), &error)) << c.text;
+        EXPECT_TRUE(error.startsWith(QStringLiteral("Line %1: ").arg(c.line)))
+            << c.text << " -> " << error.toStdString();
+        EXPECT_TRUE(error.contains(QLatin1String(c.says))) << error.toStdString();
+    }
+}
+
+TEST(ScenarioReader, MissingFileNamesThePath) {
+    ScenarioReader reader;
+    EXPECT_FALSE(reader.readFile(QStringLiteral("/nonexistent/bench.scenario")));
+    EXPECT_TRUE(reader.errorString().startsWith("/nonexistent/bench.scenario: "));
+}
+
+TEST(ScenarioReader, EveryEventInTheHelpParses) {
+    const QString help = ScenarioReader::formatHelp();
+    QString events = QString::fromLatin1(TwoPlates) + QStringLiteral("[events]\n");
+    int count = 0;
+    for (const QString& line : help.split(QLatin1Char('\n'))) {
+        if (!line.trimmed().startsWith(QLatin1String("at ")))
+            continue;
+        // The help's own comments stand beside the examples after two spaces or more.
+        events += line.trimmed().split(QRegularExpression(QStringLiteral("\\s{2,}")))[0] + '\n';
+        ++count;
+    }
+    EXPECT_GE(count, 9);
+    QString error;
+    const auto scenario = parse(events, &error);
+    ASSERT_TRUE(scenario) << error.toStdString();
+    EXPECT_EQ(scenario->events.size(), count);
+}
+
+TEST(Scenario, EventsHappenAtTheirTimes) {
+    auto scenario = parse(QString::fromLatin1(TwoPlates) + QStringLiteral(R"([events]
+at 1 s: load 50 kg at (0, 0.2) on 20418
+at 2 s: unload 20418
+at 3 s: read time-out on 20418 after 150 samples
+at 4 s: unplug 11093
+at 5 s: plug in 11093
+)"));
+    ASSERT_TRUE(scenario);
+    SimBench bench(*scenario);
+    kx::SimPlate& plate = bench.plate("20418");
+    ForcesRecorder recorder(plate, bench.clock);
+    int timeouts = 0;
+    QObject::connect(&plate, &PlateDevice::ReadTimeout, &recorder.context, [&] { ++timeouts; });
+    QStringList list;
+    QObject::connect(&bench.driver, &kx::PlateDriver::PlateRemoved, &recorder.context,
+                     [&](const QString&, const QString& serial) { list << "removed " + serial; });
+    QObject::connect(&bench.driver, &kx::PlateDriver::PlateArrived, &recorder.context,
+                     [&](const QString&, const QString& serial) { list << "arrived " + serial; });
+
+    plate.StartAcquisition(true, false, true, false, true); // 100 Hz from 0 s
+    bench.clock.advance(6000);
+    ASSERT_EQ(recorder.samples.size(), 600u);
+    const auto fzAt = [&](size_t i) { return recorder.samples[i].forces[0]; };
+    EXPECT_NEAR(fzAt(90), 0.0f, 2.0f);
+    EXPECT_NEAR(fzAt(150), -50 * 9.80665f, 5.0f);
+    EXPECT_NEAR(fzAt(290), 0.0f, 2.0f);
+    EXPECT_EQ(timeouts, 0); // armed at 3 s, past 150 samples: left to the next acquisition
+    plate.StartAcquisition(true, false, true, false, true);
+    bench.clock.advance(2000);
+    EXPECT_EQ(timeouts, 1);
+    EXPECT_EQ(list, (QStringList{"removed 11093", "arrived 20418", "arrived 11093"}));
+}
