@@ -14,6 +14,7 @@
 #include <QPushButton>
 #include <QStatusBar>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace kx {
 
@@ -57,8 +58,7 @@ frmMeter::frmMeter(const ToolContext& context, QWidget* parent)
     QFont fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
     fixed.setPointSizeF(fixed.pointSizeF() * 1.5);
     lblData->setFont(fixed);
-    lblData->setFrameShape(QFrame::Panel);
-    lblData->setFrameShadow(QFrame::Sunken);
+    lblData->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
     lblData->setMargin(6);
     // Room for three lines at their widest, so the dialog keeps its size as values change.
     QStringList widest;
@@ -71,7 +71,19 @@ frmMeter::frmMeter(const ToolContext& context, QWidget* parent)
     mchSpeed->setCaptions(text(SpeedCaptions));
 
     lblError = makeLabel("lblError", {});
-    lblError->setStyleSheet(QStringLiteral("color: red; font-weight: bold"));
+    QFont bold = lblError->font();
+    bold.setBold(true);
+    lblError->setFont(bold);
+    QPalette red = lblError->palette();
+    red.setColor(QPalette::WindowText, Qt::red);
+    lblError->setPalette(red);
+    // The mark takes its place whether shown or not, so the row keeps its layout.
+    const QFontMetrics marks(bold);
+    lblError->setMinimumWidth(std::max(marks.horizontalAdvance(text(strings::OverrunOffset)),
+                                       marks.horizontalAdvance(text(strings::ClippingOffset))));
+    QSizePolicy keepPlace = lblError->sizePolicy();
+    keepPlace.setRetainSizeWhenHidden(true);
+    lblError->setSizePolicy(keepPlace);
     lblError->hide();
 
     cmdDisplay = new QPushButton(text(DisplayOnCaption), this);

@@ -40,8 +40,7 @@ constexpr qint32 ZeroOption = 30;
 
 QLabel* valueLabel(QLabel* label) {
     label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    label->setFrameShape(QFrame::Panel);
-    label->setFrameShadow(QFrame::Sunken);
+    label->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
     label->setMinimumWidth(label->fontMetrics().horizontalAdvance(QStringLiteral("-88888888")));
     return label;
 }

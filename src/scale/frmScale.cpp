@@ -137,6 +137,10 @@ QWidget* frmScale::buildDisplay() {
     lblError = new QLabel(panel);
     lblError->setObjectName(QStringLiteral("lblError"));
     setTextColour(lblError, Qt::red);
+    // The mark takes its place whether shown or not, so the read-out never moves.
+    QSizePolicy keepPlace = lblError->sizePolicy();
+    keepPlace.setRetainSizeWhenHidden(true);
+    lblError->setSizePolicy(keepPlace);
     lblError->hide();
     column->addWidget(lblError, 0, Qt::AlignLeft);
     return panel;
