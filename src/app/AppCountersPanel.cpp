@@ -40,7 +40,7 @@ float dayNumberOf(QDate date) {
 AppCountersPanel::AppCountersPanel(Prompt& prompt, const SelectedPlate& plate, QWidget* parent)
     : PlatePanel("frmAppCounters", 600, prompt, plate, parent)
     , lblAppLastDate(makeLabel("lblAppLastDate", 640))
-    , txtAppLastDate(makeBox(QStringLiteral("txtAppLastDate"), plainCaption(640), 10, [] {}))
+    , txtAppLastDate(makeBox(QStringLiteral("txtAppLastDate"), plainCaption(640), 12, [] {}))
     , cmdSetCounters(new QPushButton(strings::text(650), this)) {
     auto* grid = new QGridLayout;
     for (int i = 0; i < Counters; ++i) {

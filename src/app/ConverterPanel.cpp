@@ -48,7 +48,7 @@ const ParameterRule rules[] = {
              v = 5;
          p.SetGageVoltage(w, v);
      }},
-    {"Turbo", 720, " turbo", 3,
+    {"Turbo", 720, " (turbo)", 3,
      [](PlateDevice& p, Which w) { return QString::number(p.TurboRate(w)); },
      [](PlateDevice& p, Which w, double x) {
          qint16 v = toInt16(x);
@@ -58,7 +58,7 @@ const ParameterRule rules[] = {
              v = 16;
          p.SetTurboRate(w, v);
      }},
-    {"Decimation", 720, " decimation", 4,
+    {"Decimation", 720, " (decimation)", 4,
      [](PlateDevice& p, Which w) { return QString::number(p.DecimationRate(w)); },
      [](PlateDevice& p, Which w, double x) {
          qint16 v = toInt16(x);
@@ -107,9 +107,9 @@ ConverterPanel::ConverterPanel(Prompt& prompt, const SelectedPlate& plate, QWidg
             const bool current = which == Which::Current;
             const QString name = QStringLiteral("txt") + QLatin1String(rule.name) +
                                  (current ? QStringLiteral("Curr") : QStringLiteral("Def"));
-            const QString accessible = plainCaption(rule.caption) +
-                                       QLatin1String(rule.accessibleSuffix) + u' ' +
-                                       plainCaption(current ? CurrentCaption : DefaultCaption);
+            const QString accessible = plainCaption(rule.caption) + u' ' +
+                                       plainCaption(current ? CurrentCaption : DefaultCaption) +
+                                       QLatin1String(rule.accessibleSuffix);
             const auto parameter = static_cast<Parameter>(p);
             m_boxes[p][column(which)] =
                 makeBox(name, accessible, rule.width,

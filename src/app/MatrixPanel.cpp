@@ -5,6 +5,7 @@
 #include "support/NumberFormat.h"
 
 #include <QHeaderView>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QTableWidget>
@@ -47,16 +48,28 @@ MatrixPanel::MatrixPanel(Prompt& prompt, const SelectedPlate& plate, QWidget* pa
 
     txtEditCalMat->setObjectName(QStringLiteral("txtEditCalMat"));
     txtEditCalMat->setAlignment(Qt::AlignRight);
+    txtEditCalMat->setAccessibleName(plainCaption(350) + QStringLiteral(" cell"));
     txtEditCalMat->hide();
     TextBoxValidation::attach(
         txtEditCalMat, [this] { validateEditor(); }, [this] { txtEditCalMat->hide(); });
-    // Enter hands the focus back to the grid, which validates the editor as it leaves.
-    connect(txtEditCalMat, &QLineEdit::returnPressed, grid,
-            [grid] { grid->setFocus(Qt::OtherFocusReason); });
+    // Enter hands the focus back to the grid, which validates the editor as it leaves; the key
+    // goes no further, or the grid would take it as activating the cell again.
+    txtEditCalMat->installEventFilter(this);
 
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(lblCalMatCaption);
     layout->addWidget(grid);
+}
+
+bool MatrixPanel::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == txtEditCalMat && event->type() == QEvent::KeyPress) {
+        const int key = static_cast<QKeyEvent*>(event)->key();
+        if (key == Qt::Key_Return || key == Qt::Key_Enter) {
+            flxgrdCalibrationMat->setFocus(Qt::OtherFocusReason);
+            return true;
+        }
+    }
+    return PlatePanel::eventFilter(watched, event);
 }
 
 void MatrixPanel::fillRow(PlateDevice& plate, int row) {

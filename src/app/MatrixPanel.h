@@ -24,6 +24,9 @@ public:
     QTableWidget* flxgrdCalibrationMat;
     QLineEdit* txtEditCalMat;
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void openEditor();
     void validateEditor();

@@ -79,8 +79,12 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
     // The window is as large as its layout asks, and follows it when frames hide or show.
     layout()->setSizeConstraint(QLayout::SetFixedSize);
 
-    // Tool dialogs are registered here, one addTool line each; a button without one stays
-    // disabled.
+    // Tool dialogs are registered here, one addTool line each, e.g.
+    //   addTool(cmdMeter, [this] { return new kx::frmMeter(toolContext()); });
+    // (qualified: the frames frmZero and frmCalibrate share their names with dialogs). The
+    // factory prepares what its dialog needs before it is shown: frmZero's duration "5",
+    // frmCalibrate's excitation from txtAVoltageCurr and duration "2", frmPlateInfoEx's
+    // servicePanels(). A button without a line stays disabled.
     addTool(cmdGetZero, [this] {
         auto* dialog = new kx::frmZero(toolContext());
         dialog->txtDuration->setText(QStringLiteral("5"));
@@ -90,8 +94,8 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
                 });
         return dialog;
     });
-    addTool(cmdMeter, [this] { return new frmMeter(toolContext()); });
-    addTool(cmdScale, [this] { return new frmScale(toolContext()); });
+    addTool(cmdMeter, [this] { return new kx::frmMeter(toolContext()); });
+    addTool(cmdScale, [this] { return new kx::frmScale(toolContext()); });
     setPlatePanelsEnabled(false);
 }
 
@@ -143,19 +147,17 @@ QWidget* frmMain::buildCentralWidget() {
     cmdCalibrate = makeButton("cmdCalibrate", 190, central);
     cmdClose = makeButton("cmdClose", 110, central);
 
+    // Two columns of frames beside the column of tool buttons; the service frames sit at the
+    // foot of the columns, so the window grows downwards when they show.
     auto* plateColumn = new QVBoxLayout;
-    plateColumn->addWidget(frmDevices);
-    plateColumn->addWidget(frmGeneralInfo);
-    plateColumn->addWidget(frmConverter);
+    for (QWidget* frame : std::initializer_list<QWidget*>{frmDevices, frmGeneralInfo, frmConverter,
+                                                          frmStatus, frmCalibrate})
+        plateColumn->addWidget(frame);
     plateColumn->addStretch();
     auto* tableColumn = new QVBoxLayout;
-    tableColumn->addWidget(frmZero);
-    tableColumn->addWidget(frmCalibration);
+    for (QWidget* frame : std::initializer_list<QWidget*>{frmZero, frmCalibration, frmAppCounters})
+        tableColumn->addWidget(frame);
     tableColumn->addStretch();
-    auto* serviceRow = new QHBoxLayout;
-    serviceRow->addWidget(frmStatus);
-    serviceRow->addWidget(frmCalibrate);
-    serviceRow->addWidget(frmAppCounters);
     auto* toolColumn = new QVBoxLayout;
     for (QPushButton* button : {cmdGetZero, cmdMeter, cmdScale, cmdAcquire, cmdProgramID,
                                 cmdEncoder, cmdNoise, cmdCalibrate})
@@ -163,13 +165,12 @@ QWidget* frmMain::buildCentralWidget() {
     toolColumn->addStretch();
     toolColumn->addWidget(cmdClose);
 
-    auto* layout = new QGridLayout(central);
-    layout->addLayout(plateColumn, 0, 0);
-    layout->addLayout(tableColumn, 0, 1);
-    layout->addLayout(serviceRow, 1, 0, 1, 2);
-    layout->addLayout(toolColumn, 0, 2, 2, 1);
+    auto* layout = new QHBoxLayout(central);
+    layout->addLayout(plateColumn);
+    layout->addLayout(tableColumn);
+    layout->addLayout(toolColumn);
 
-    connect(cbxDevice, &QComboBox::activated, this, &frmMain::cbxDevice_Click);
+    connect(cbxDevice, &QComboBox::activated, this, &frmMain::showSelectedDevice);
     connect(cmdDevOpen, &QPushButton::clicked, this, &frmMain::openDevices);
     connect(cmdDevRefresh, &QPushButton::clicked, this, &frmMain::refreshDevices);
     connect(cmdDevClose, &QPushButton::clicked, this, &frmMain::closeDevices);
@@ -203,15 +204,34 @@ void frmMain::load() {
 void frmMain::finishLoad() {
     m_servicePanels = false;
     applyLayout();
-    cbxDevice_Click();
+    showSelectedDevice();
     adjustSize();
-    if (const QScreen* screen = this->screen())
-        move(centredTopLeft(screen->geometry(), frameGeometry().size()));
+    centre();
     show();
+    centre(); // again now that the frame is known
     raise();
     activateWindow();
     delete m_splash;
     setFocus();
+}
+
+void frmMain::centre() {
+    if (const QScreen* screen = this->screen())
+        move(centredTopLeft(screen->geometry(), frameGeometry().size()));
+}
+
+void frmMain::keepOnScreen() {
+    const QScreen* screen = this->screen();
+    if (!screen)
+        return;
+    adjustSize(); // the grown size, now rather than at the next layout pass
+    const QRect available = screen->availableGeometry();
+    QRect frame = frameGeometry();
+    frame.moveRight(std::min(frame.right(), available.right()));
+    frame.moveBottom(std::min(frame.bottom(), available.bottom()));
+    frame.moveLeft(std::max(frame.left(), available.left()));
+    frame.moveTop(std::max(frame.top(), available.top()));
+    move(frame.topLeft());
 }
 
 void frmMain::applyLayout() {
@@ -224,7 +244,8 @@ void frmMain::applyLayout() {
 void frmMain::showServicePanels() {
     m_servicePanels = true;
     applyLayout();
-    cbxDevice_Click();
+    showSelectedDevice();
+    keepOnScreen();
 }
 
 void frmMain::mousePressEvent(QMouseEvent* event) {
@@ -238,7 +259,7 @@ void frmMain::mousePressEvent(QMouseEvent* event) {
     QMainWindow::mousePressEvent(event);
 }
 
-void frmMain::cbxDevice_Click() {
+void frmMain::showSelectedDevice() {
     for (QPushButton* button : {cmdProgramID, cmdEncoder, cmdNoise, cmdCalibrate})
         button->setVisible(m_servicePanels);
     if (cbxDevice->currentIndex() < 0 || !m_driver) {
@@ -313,7 +334,7 @@ void frmMain::PlateRemoved(const QString&, const QString& serial) {
         }
     }
     if (selectedBefore >= 0 && cbxDevice->currentIndex() < 0)
-        cbxDevice_Click();
+        showSelectedDevice();
 }
 
 void frmMain::PlateListUpdateDone() {
@@ -344,7 +365,7 @@ void frmMain::PlateListUpdateDone() {
     // The panels follow a selection that moved or a plate they no longer hold.
     if (cbxDevice->currentIndex() >= 0 &&
         (rebuilt || cbxDevice->currentIndex() != selectedBefore || !m_device))
-        cbxDevice_Click();
+        showSelectedDevice();
 
     // The beep was meant for a failed playback, but follows every playback.
     m_prompt.playSound(QDir(QCoreApplication::applicationDirPath())
@@ -374,7 +395,7 @@ void frmMain::writeResolution24() {
 void frmMain::closeDevices() {
     writeResolution24();
     cbxDevice->clear();
-    cbxDevice_Click();
+    showSelectedDevice();
 }
 
 void frmMain::takeUpNewSerialNumber() {
@@ -386,6 +407,12 @@ void frmMain::takeUpNewSerialNumber() {
 }
 
 void frmMain::addTool(QPushButton* button, ToolFactory create) {
+    const auto registered = std::find_if(m_tools.begin(), m_tools.end(),
+                                         [button](const Tool& t) { return t.button == button; });
+    if (registered != m_tools.end()) {
+        registered->create = std::move(create);
+        return;
+    }
     m_tools.push_back({button, std::move(create), nullptr});
     connect(button, &QPushButton::clicked, this, [this, button] {
         for (Tool& tool : m_tools) {
@@ -424,6 +451,7 @@ void frmMain::unload() {
         writeResolution24();
     for (Tool& tool : m_tools) {
         if (tool.dialog) {
+            disconnect(tool.dialog, nullptr, this, nullptr); // the window is going, not back
             tool.dialog->close();
             delete tool.dialog;
         }

@@ -23,13 +23,15 @@ QLabel* namedLabel(const QString& text, const char* name, QWidget* parent) {
 } // namespace
 
 frmSplash::frmSplash(QWidget* parent)
-    : QWidget(parent, Qt::SplashScreen | Qt::WindowStaysOnTopHint)
+    : QFrame(parent, Qt::SplashScreen | Qt::WindowStaysOnTopHint)
     , lblTitle(namedLabel(strings::text(1), "lblTitle", this))
     , lblPlatform(namedLabel(currentPlatformLine(), "lblPlatform", this))
     , lblVersion(namedLabel(QStringLiteral("Version ") + QCoreApplication::applicationVersion(),
                             "lblVersion", this))
     , lblCompany(namedLabel(QStringLiteral("Quentral, LLC."), "lblCompany", this)) {
     setObjectName(QStringLiteral("frmSplash"));
+    setFrameStyle(QFrame::Panel | QFrame::Raised);
+    setLineWidth(2);
     setAttribute(Qt::WA_QuitOnClose, false);
 
     QFont titleFont = lblTitle->font();

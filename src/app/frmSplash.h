@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QWidget>
+#include <QFrame>
 
 class QLabel;
 
@@ -8,7 +8,7 @@ namespace kx {
 
 // The splash screen shown while the main window loads: the program's title, the running
 // system, the version and the maker.
-class frmSplash : public QWidget {
+class frmSplash : public QFrame {
     Q_OBJECT
 public:
     explicit frmSplash(QWidget* parent = nullptr);

@@ -57,7 +57,8 @@ bool mLoader::isRegisterRequest(const QStringList& arguments) {
 
 void mLoader::prepareProcess() {
 #ifdef Q_OS_WIN
-    INITCOMMONCONTROLSEX controls{sizeof(INITCOMMONCONTROLSEX), ICC_USEREX_CLASSES};
+    INITCOMMONCONTROLSEX controls{static_cast<DWORD>(sizeof(INITCOMMONCONTROLSEX)),
+                                  ICC_USEREX_CLASSES};
     InitCommonControlsEx(&controls); // a failure changes nothing for a Qt program
     SetErrorMode(SEM_NOGPFAULTERRORBOX | SEM_NOALIGNMENTFAULTEXCEPT);
 #endif

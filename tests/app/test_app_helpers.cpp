@@ -3,9 +3,7 @@
 #include "app/PlatformLine.h"
 
 #include <QTemporaryDir>
-
 #include <gtest/gtest.h>
-
 #include <limits>
 
 namespace kx {

@@ -5,7 +5,6 @@
 #include <QTest>
 #include <QVBoxLayout>
 #include <QWidget>
-
 #include <gtest/gtest.h>
 
 namespace kx {
@@ -17,8 +16,8 @@ protected:
         auto* layout = new QVBoxLayout(&window);
         layout->addWidget(box);
         layout->addWidget(other);
-        TextBoxValidation::attach(box, [this] { validated << box->text(); },
-                                  [this] { ++left; });
+        TextBoxValidation::attach(
+            box, [this] { validated << box->text(); }, [this] { ++left; });
         box->setText(QStringLiteral("1.000"));
         window.show();
         window.activateWindow();

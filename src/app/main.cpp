@@ -1,0 +1,89 @@
+// kxcpl: the control panel on the built-in simulated plates.
+
+#include "app/QtPrompt.h"
+#include "app/SingleInstance.h"
+#include "app/frmMain.h"
+#include "app/mLoader.h"
+#include "sim/ScenarioReader.h"
+#include "sim/SimDriver.h"
+#include "support/QtClock.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <cstdio>
+#include <optional>
+
+namespace {
+
+void print(std::FILE* stream, const QString& text) {
+    std::fputs(qPrintable(text), stream);
+    std::fflush(stream);
+}
+
+// What the command line asks for besides the start-up steps: the scenario to run on, or an
+// exit code when the run ends here (help shown, bad option, unreadable scenario).
+struct Options {
+    std::optional<int> exitCode;
+    kx::Scenario scenario = kx::Scenario::defaults();
+};
+
+Options readOptions(int argc, char** argv) {
+    // For the parser's help text only; the window's application object comes later, and only
+    // when a window is to be shown.
+    QCoreApplication core(argc, argv);
+    QCommandLineParser parser;
+    parser.setApplicationDescription(
+        QStringLiteral("KX Force Platforms Control Panel, running on simulated plates."));
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("Show this help and the scenario format."));
+    const QCommandLineOption scenarioFile(
+        QStringLiteral("scenario"),
+        QStringLiteral("Run on the plates and events of a scenario file."), QStringLiteral("FILE"));
+    parser.addOption(help);
+    parser.addOption(scenarioFile);
+    Options options;
+    if (!parser.parse(QCoreApplication::arguments())) {
+        print(stderr, parser.errorText() + u'\n');
+        options.exitCode = 2;
+    } else if (parser.isSet(help)) {
+        print(stdout, parser.helpText() + u'\n' + kx::ScenarioReader::formatHelp());
+        options.exitCode = 0;
+    } else if (parser.isSet(scenarioFile)) {
+        kx::ScenarioReader reader;
+        if (std::optional<kx::Scenario> read = reader.readFile(parser.value(scenarioFile))) {
+            options.scenario = *read;
+        } else {
+            print(stderr, reader.errorString() + u'\n');
+            options.exitCode = 2;
+        }
+    }
+    return options;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication::setApplicationName(QStringLiteral("kxcpl"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(KX_VERSION));
+    const Options options = readOptions(argc, argv);
+    if (options.exitCode)
+        return *options.exitCode;
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i)
+        arguments << QString::fromLocal8Bit(argv[i]);
+
+    kx::mLoader::prepareProcess();
+    kx::SingleInstance instance;
+    return kx::mLoader::run(instance, kx::mLoader::arguments(arguments), [&] {
+        QApplication application(argc, argv);
+        kx::QtClock clock;
+        kx::QtPrompt prompt;
+        kx::frmMain window(clock, prompt, [&] {
+            auto driver = std::make_unique<kx::SimDriver>(clock);
+            options.scenario.applyTo(*driver);
+            return driver;
+        });
+        window.load();
+        return application.exec();
+    });
+}
