@@ -1,5 +1,6 @@
 #include "sim/AcquisitionEngine.h"
 
+#include "sim/SamplePacer.h"
 #include "support/Clock.h"
 
 #include <algorithm>
@@ -7,13 +8,18 @@
 
 namespace kx {
 
-AcquisitionEngine::AcquisitionEngine(Clock& clock, quint32 origin, Source source, QObject* parent)
+AcquisitionEngine::AcquisitionEngine(Clock& clock, SamplePacer& pacer, quint32 origin,
+                                     Source source, QObject* parent)
     : QObject(parent)
     , m_clock(clock)
     , m_origin(origin)
     , m_source(std::move(source))
-    , m_timer(clock.createTimer(this)) {
-    connect(m_timer, &Timer::timeout, this, &AcquisitionEngine::wake);
+    , m_pacer(pacer) {
+    m_pacer.add(this);
+}
+
+AcquisitionEngine::~AcquisitionEngine() {
+    m_pacer.remove(this);
 }
 
 void AcquisitionEngine::startStreaming(double hertz) {
@@ -43,17 +49,18 @@ void AcquisitionEngine::start(Mode mode, qint32 samples, double hertz) {
     m_forces.clear();
     m_volts.clear();
     if (mode == Mode::Test) {
-        m_forces.reserve(m_wanted);
-        m_volts.reserve(m_wanted);
+        // Enough for a few minutes at full rate; an absurd request grows as it goes.
+        m_forces.reserve(std::min(m_wanted, 1 << 18));
+        m_volts.reserve(std::min(m_wanted, 1 << 18));
     }
-    m_timer->start(int(std::max<qint64>(dueOffset(1), 1)));
+    m_pacer.reschedule();
 }
 
 void AcquisitionEngine::stop() {
     ++m_run;
     m_mode = Mode::Idle;
     m_capturing = false;
-    m_timer->stop();
+    m_pacer.reschedule();
 }
 
 void AcquisitionEngine::startCapture() {
@@ -80,7 +87,11 @@ qint64 AcquisitionEngine::dueOffset(qint64 sample) const {
     return static_cast<qint64>(std::floor(double(sample) * 1000.0 / m_hertz));
 }
 
-void AcquisitionEngine::wake() {
+qint64 AcquisitionEngine::msUntilNextSample(quint32 now) const {
+    return std::max<qint64>(dueOffset(m_taken + 1) - quint32(now - m_start), 0);
+}
+
+void AcquisitionEngine::takeDueSamples() {
     const quint64 run = m_run;
     const qint64 elapsed = quint32(m_clock.tickCount() - m_start);
     while (dueOffset(m_taken + 1) <= elapsed) {
@@ -105,7 +116,6 @@ void AcquisitionEngine::wake() {
                 return;
         }
     }
-    m_timer->start(int(std::max<qint64>(dueOffset(m_taken + 1) - elapsed, 1)));
 }
 
 void AcquisitionEngine::deliver(const PlateSample& sample) {

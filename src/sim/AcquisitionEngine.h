@@ -11,13 +11,12 @@
 namespace kx {
 
 class Clock;
-class Timer;
+class SamplePacer;
 
 // Runs one plate's acquisitions, paced by the clock: sample k of an acquisition started at
-// tick t0 is due at t0 + k·1000/f ms and is taken when the tick count reaches it (under a
-// manual clock each sample arrives with the tick count at its own due time; under the real
-// clock every overdue sample is taken in one batch). Starting an acquisition replaces the
-// running one. Handlers of the signals may stop or start acquisitions.
+// tick t0 is due at t0 + k·1000/f ms and is taken once the tick count reaches it; the pacer
+// decides when to look (at each due tick, or in batches). Starting an acquisition replaces
+// the running one. Handlers of the signals may stop or start acquisitions.
 class AcquisitionEngine : public QObject {
     Q_OBJECT
 public:
@@ -30,7 +29,9 @@ public:
     static constexpr double MaxSustainedRate = 1000.0;
     static constexpr qint64 BufferSamples = 256;
 
-    AcquisitionEngine(Clock& clock, quint32 origin, Source source, QObject* parent = nullptr);
+    AcquisitionEngine(Clock& clock, SamplePacer& pacer, quint32 origin, Source source,
+                      QObject* parent = nullptr);
+    ~AcquisitionEngine() override;
 
     void setSampleHook(SampleHook hook) { m_sampleHook = std::move(hook); }
 
@@ -48,7 +49,11 @@ public:
     void stop();
 
     bool isRunning() const { return m_mode != Mode::Idle; }
-    bool isStreaming() const { return m_mode == Mode::Streaming; }
+
+    // For the pacer: time until the next sample falls due (0 when overdue), and taking every
+    // sample due by now.
+    qint64 msUntilNextSample(quint32 now) const;
+    void takeDueSamples();
 
 Q_SIGNALS:
     void forcesIn(qint32 sampleNumber, const kx::Float3& forces, const kx::Float3& volts);
@@ -65,7 +70,6 @@ private:
     enum class Mode { Idle, Streaming, Zero, Test };
 
     void start(Mode mode, qint32 samples, double hertz);
-    void wake();
     void deliver(const PlateSample& sample);
     qint64 dueOffset(qint64 sample) const;
 
@@ -73,7 +77,7 @@ private:
     quint32 m_origin;
     Source m_source;
     SampleHook m_sampleHook;
-    Timer* m_timer;
+    SamplePacer& m_pacer;
 
     Mode m_mode = Mode::Idle;
     quint64 m_run = 0; // changes whenever an acquisition starts or stops

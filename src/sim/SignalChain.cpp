@@ -38,11 +38,13 @@ ConverterCodes SignalChain::convert(const Wrench& load, double excitation, doubl
     ConverterCodes out;
     for (int c = 0; c < 4; ++c) {
         const double signal = c < 3 ? bridge[c] * excitation / CodeVolts : 0.0;
-        const double value = std::round(resting[c] + signal + sigma * m_noise.normal());
-        const double clamped = std::clamp(value, double(MinCode), double(MaxCode));
+        const double value = resting[c] + signal + sigma * m_noise.normal();
+        const double clamped = std::clamp(value, MinCode - 0.5, MaxCode + 0.5);
         out.clipped = out.clipped || clamped != value;
+        // Rounded half away from zero without a library call: this runs four times a sample.
+        const auto code = static_cast<qint32>(clamped + (clamped < 0 ? -0.5 : 0.5));
         // Masking the low bits truncates towards minus infinity, as the converter does.
-        out.codes[c] = static_cast<qint32>(clamped) & -(qint32(1) << m_shift);
+        out.codes[c] = std::clamp(code, MinCode, MaxCode) & -(qint32(1) << m_shift);
     }
     return out;
 }

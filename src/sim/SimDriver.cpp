@@ -1,5 +1,6 @@
 #include "sim/SimDriver.h"
 
+#include "sim/SamplePacer.h"
 #include "sim/SimPlate.h"
 #include "support/Clock.h"
 
@@ -7,10 +8,11 @@
 
 namespace kx {
 
-SimDriver::SimDriver(Clock& clock, QObject* parent)
+SimDriver::SimDriver(Clock& clock, Pacing pacing, QObject* parent)
     : PlateDriver(parent)
     , m_clock(clock)
-    , m_origin(clock.tickCount()) {}
+    , m_origin(clock.tickCount())
+    , m_pacer(std::make_unique<SamplePacer>(clock, pacing == Pacing::Batched ? BatchMs : 0)) {}
 
 SimDriver::~SimDriver() = default;
 
@@ -92,8 +94,8 @@ bool SimDriver::isRegistered(const SimPlate& plate) const {
 }
 
 SimPlate* SimDriver::addPlate(const SimPlateConfig& config) {
-    auto plate =
-        std::make_unique<SimPlate>(m_clock, m_origin, config, int(m_plates.size()) + 1, this);
+    auto plate = std::make_unique<SimPlate>(m_clock, *m_pacer, m_origin, config,
+                                            int(m_plates.size()) + 1, this);
     plate->loads().setGravity(m_gravity);
     plate->setFaultHandler([this, p = plate.get()](PlateFault fault) { inject(*p, fault); });
     m_plates.push_back(std::move(plate));

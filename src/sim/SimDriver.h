@@ -12,6 +12,7 @@
 namespace kx {
 
 class Clock;
+class SamplePacer;
 class SimPlate;
 
 // The simulated plate library: a set of simulated plates behind the PlateDriver boundary.
@@ -26,7 +27,15 @@ class SimPlate;
 class SimDriver final : public PlateDriver {
     Q_OBJECT
 public:
-    explicit SimDriver(Clock& clock, QObject* parent = nullptr);
+    // When the plates look for due samples. PerSample wakes at the tick of every sample, so
+    // that under a manual clock each arrives with the tick count of its due time. Batched
+    // wakes at most every BatchMs and hands over what fell due meanwhile at once: what a run
+    // on the real clock wants, where a wake-up of the event loop costs as much as a few
+    // hundred samples. 50 deliveries a second are still more than a display needs.
+    enum class Pacing { PerSample, Batched };
+    static constexpr int BatchMs = 20;
+
+    explicit SimDriver(Clock& clock, Pacing pacing = Pacing::PerSample, QObject* parent = nullptr);
     ~SimDriver() override;
 
     void AddDeviceId(int vendor, int product, int flags) override;
@@ -68,6 +77,7 @@ private:
 
     Clock& m_clock;
     const quint32 m_origin;
+    std::unique_ptr<SamplePacer> m_pacer; // outlives the plates
     std::vector<std::unique_ptr<SimPlate>> m_plates;
     QList<SimPlate*> m_listed;
     QList<std::pair<int, int>> m_deviceIds;

@@ -29,8 +29,8 @@ QString operatorOf(const QString& record, QChar recordDigit) {
 
 } // namespace
 
-SimPlate::SimPlate(Clock& clock, quint32 origin, const SimPlateConfig& config, int instance,
-                   QObject* parent)
+SimPlate::SimPlate(Clock& clock, SamplePacer& pacer, quint32 origin, const SimPlateConfig& config,
+                   int instance, QObject* parent)
     : PlateDevice(parent)
     , m_clock(clock)
     , m_origin(origin)
@@ -48,7 +48,7 @@ SimPlate::SimPlate(Clock& clock, quint32 origin, const SimPlateConfig& config, i
                        raise(fault);
                })
     , m_engine(
-          clock, origin, [this](double seconds) { return sampleAt(seconds); }, this) {
+          clock, pacer, origin, [this](double seconds) { return sampleAt(seconds); }, this) {
     m_engine.setSampleHook([this](qint64 samples) { m_faults.sampleTaken(samples); });
     connect(&m_engine, &AcquisitionEngine::forcesIn, this, &PlateDevice::ForcesIn);
     connect(&m_engine, &AcquisitionEngine::zeroProgress, this, &PlateDevice::ZeroProgress);
@@ -119,7 +119,8 @@ void SimPlate::powerOn() {
 }
 
 void SimPlate::unplug() {
-    const bool wasOpen = isUsable();
+    // A plate that stopped answering still leaves its holders a Removal.
+    const bool wasOpen = m_plugged && m_open;
     stopConverting();
     m_record.poweredOff(m_clock.tickCount());
     m_plugged = false;

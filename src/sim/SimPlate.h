@@ -18,6 +18,7 @@
 namespace kx {
 
 class Clock;
+class SamplePacer;
 
 // One simulated force plate. It keeps what a real plate keeps (identity, converter settings
 // current and power-on default, zero values, the stored 4x4 table, switches, service record),
@@ -32,9 +33,9 @@ class SimPlate final : public PlateDevice {
     Q_OBJECT
 public:
     // `origin` is the tick at which the driver's timeline starts; `instance` numbers the
-    // plate's device path.
-    SimPlate(Clock& clock, quint32 origin, const SimPlateConfig& config, int instance,
-             QObject* parent = nullptr);
+    // plate's device path. The pacer must outlive the plate.
+    SimPlate(Clock& clock, SamplePacer& pacer, quint32 origin, const SimPlateConfig& config,
+             int instance, QObject* parent = nullptr);
     ~SimPlate() override;
 
     QString SerialNumber() override;

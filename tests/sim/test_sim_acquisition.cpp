@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <set>
 
 using kx::ChannelValues;
 using kx::Float3;
@@ -300,4 +301,39 @@ TEST(SimAcquisition, EncoderAnswersAfterTheRequestAndKeepsCounting) {
     bench.clock.settle();
     ASSERT_EQ(values.size(), 2);
     EXPECT_EQ(values[1] - values[0], 256);
+}
+
+TEST(SimAcquisition, BatchedPacingHandsOverOverdueSamplesTogether) {
+    kx::ManualClock clock(1000);
+    kx::SimDriver driver(clock, kx::SimDriver::Pacing::Batched);
+    kx::Scenario::defaults().applyTo(driver);
+    driver.OpenDevices(kx::PlateVendorId, kx::PlateProductId1, kx::PlateProductId2);
+    clock.settle();
+    PlateDevice& fast = *driver.Item(1);
+    PlateDevice& slow = *driver.Item(2);
+    fast.SetSampleFrequency(Which::Current, 1000.0f);
+    slow.SetSampleFrequency(Which::Current, 9.0f);
+    ForcesRecorder fastSamples(fast, clock);
+    ForcesRecorder slowSamples(slow, clock);
+    fast.StartAcquisition(true, false, true, false, true);
+    slow.StartAcquisition(true, false, true, false, true);
+    clock.advance(1000);
+
+    // Every sample comes no earlier than its due time and less than a batch later; the fast
+    // plate's arrive in bunches, 50 wake-ups for 1000 samples.
+    const auto check = [](const ForcesRecorder& recorder, double hertz, size_t count) {
+        EXPECT_EQ(recorder.samples.size(), count);
+        std::set<quint32> ticks;
+        for (size_t i = 0; i < recorder.samples.size(); ++i) {
+            const auto& s = recorder.samples[i];
+            const auto due = quint32(std::floor(double(i + 1) * 1000.0 / hertz));
+            EXPECT_EQ(s.number, qint32(i + 1));
+            EXPECT_GE(s.tick - 1000, due) << i;
+            EXPECT_LT(s.tick - 1000, due + quint32(kx::SimDriver::BatchMs)) << i;
+            ticks.insert(s.tick);
+        }
+        return ticks.size();
+    };
+    EXPECT_EQ(check(fastSamples, 1000.0, 1000), 50u);
+    check(slowSamples, 9.0, 9);
 }

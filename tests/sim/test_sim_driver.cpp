@@ -184,7 +184,10 @@ TEST(SimDriver, NotRespondingPlateIsReportedAndLeftOutUntilReplugged) {
     EXPECT_EQ(list.take(), (QStringList{"begin", "not responding", "arrived 11093", "done"}));
     EXPECT_EQ(bench.driver.Count(), 1);
 
+    int removals = 0;
+    QObject::connect(plate, &PlateDevice::Removal, &list.context, [&] { ++removals; });
     bench.driver.unplug(QStringLiteral("20418"));
+    EXPECT_EQ(removals, 1);
     bench.driver.plugIn(QStringLiteral("20418"));
     bench.clock.settle();
     list.take();

@@ -268,3 +268,40 @@ TEST(SimPhysics, CalibrationOverAGridRecoversTheHiddenMatrix) {
         for (int c = 0; c < 3; ++c)
             EXPECT_NEAR(fitted[r][c], truth[r][c], 0.002 * std::abs(truth[0][c])) << r << "," << c;
 }
+
+TEST(SimPhysics, ZeroDriftsSlowlyAsThePlateWarmsUp) {
+    SimBench bench;
+    SimPlate& plate = bench.plate("20418");
+    plate.SetSampleFrequency(Which::Current, 1000.0f);
+    const auto zeroNow = [&] {
+        ChannelValues average;
+        QObject context;
+        QObject::connect(&plate, &PlateDevice::ZeroDone, &context,
+                         [&](qint32, const ChannelValues& a, const ChannelValues&,
+                             const ChannelValues&) { average = a; });
+        plate.StartZero(60000, true, 30, 500); // a minute: standard error ~0.6 codes
+        bench.clock.advance(60000);
+        return average;
+    };
+    const ChannelValues cold = zeroNow();
+    bench.clock.advance(3 * 3600 * 1000);
+    const ChannelValues warm = zeroNow();
+    double largest = 0;
+    for (int c = 0; c < 4; ++c) {
+        EXPECT_LT(std::abs(warm[c] - cold[c]), 500.0) << c;
+        largest = std::max(largest, std::abs(warm[c] - cold[c]));
+    }
+    EXPECT_GT(largest, 20.0);
+}
+
+TEST(SimPhysics, UnpoweredBridgesCarryNoSignal) {
+    SimBench bench;
+    SimPlate& plate = bench.plate("20418");
+    plate.SetPowerOn(0, false);
+    const auto empty = measure(bench, plate, 100);
+    plate.loads().placeWeight(50, 0.1, 0.1, plate.now());
+    bench.clock.advance(500);
+    const auto loaded = measure(bench, plate, 100);
+    for (int c = 0; c < 3; ++c)
+        EXPECT_NEAR(loaded.volts[size_t(c)], empty.volts[size_t(c)], 1e-4);
+}

@@ -1,0 +1,146 @@
+// Cost of the simulated plates: one sample through the physics and the signal chain, one
+// sample end to end (engine, plate, signal, manual clock), and the share of one core that ten
+// plates streaming at 1000 Hz take under the real clock.
+#include "device/PlateTypes.h"
+#include "sim/PlateLoads.h"
+#include "sim/PlateTruth.h"
+#include "sim/Scenario.h"
+#include "sim/SignalChain.h"
+#include "sim/SimDriver.h"
+#include "sim/SimPlate.h"
+#include "support/ManualClock.h"
+#include "support/QtClock.h"
+
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QTimer>
+#include <benchmark/benchmark.h>
+#include <cstdio>
+#include <map>
+#include <string>
+#include <sys/resource.h>
+
+namespace {
+
+kx::SimPlateConfig plateConfig(int index) {
+    kx::SimPlateConfig config;
+    config.serial = QString::number(50000 + index);
+    config.seed = quint64(index + 1);
+    config.sampleFrequency = 1000.0;
+    return config;
+}
+
+void physicsAndSignalChain(benchmark::State& state) {
+    const kx::SimPlateConfig config = plateConfig(0);
+    const kx::PlateTruth truth = kx::PlateTruth::generate(config);
+    kx::SignalChain chain(truth, 7);
+    chain.setSampleFrequency(1000);
+    chain.setResolution(20);
+    kx::PlateLoads loads;
+    loads.placePerson(75, 0.02, 0.2, kx::PlateLoads::Stance::Swaying, 0);
+    double t = 0;
+    for (auto _ : state) {
+        t += 0.001;
+        benchmark::DoNotOptimize(chain.convert(loads.wrenchAt(t), 5.0, 25.0));
+    }
+    state.SetItemsProcessed(state.iterations());
+}
+BENCHMARK(physicsAndSignalChain);
+
+// A streaming plate with a person on it, driven by a manual clock in steps of 100 ms; one
+// handler receives every ForcesIn.
+void streamingSample(benchmark::State& state) {
+    kx::ManualClock clock;
+    kx::SimDriver driver(clock);
+    kx::SimPlate* plate = driver.addPlate(plateConfig(0));
+    driver.OpenDevices(kx::PlateVendorId, kx::PlateProductId1, kx::PlateProductId2);
+    clock.settle();
+    plate->loads().placePerson(75, 0.02, 0.2, kx::PlateLoads::Stance::Swaying, 0);
+    float sink = 0;
+    QObject context;
+    QObject::connect(plate, &kx::PlateDevice::ForcesIn, &context,
+                     [&sink](qint32, const kx::Float3& f, const kx::Float3&) { sink += f[0]; });
+    plate->StartAcquisition(true, false, true, false, true);
+    for (auto _ : state)
+        clock.advance(100);
+    benchmark::DoNotOptimize(sink);
+    state.SetItemsProcessed(state.iterations() * 100);
+}
+BENCHMARK(streamingSample);
+
+// Keeps the time per item of each benchmark for the summary.
+class Recorder : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        ConsoleReporter::ReportRuns(runs);
+        for (const Run& run : runs) {
+            const auto items = run.counters.find("items_per_second");
+            if (items != run.counters.end() && items->second.value > 0)
+                nanosecondsPerItem[run.benchmark_name()] = 1e9 / items->second.value;
+        }
+    }
+    std::map<std::string, double> nanosecondsPerItem;
+};
+
+double processCpuSeconds() {
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return double(usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) +
+           double(usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e6;
+}
+
+struct RealTimeRun {
+    double coreShare = 0;
+    qint64 samples = 0;
+    double seconds = 0;
+};
+
+// Ten plates streaming at 1000 Hz on the Qt clock for `seconds` of wall time.
+RealTimeRun tenPlatesInRealTime(QCoreApplication& app, int seconds) {
+    kx::QtClock clock;
+    kx::SimDriver driver(clock, kx::SimDriver::Pacing::Batched);
+    QList<kx::SimPlate*> plates;
+    for (int i = 0; i < 10; ++i)
+        plates << driver.addPlate(plateConfig(i));
+    driver.OpenDevices(kx::PlateVendorId, kx::PlateProductId1, kx::PlateProductId2);
+    QCoreApplication::processEvents();
+    RealTimeRun run;
+    QObject context;
+    for (kx::SimPlate* plate : plates) {
+        plate->loads().placePerson(70, 0, 0.2, kx::PlateLoads::Stance::Swaying, plate->now());
+        QObject::connect(plate, &kx::PlateDevice::ForcesIn, &context,
+                         [&run](qint32, const kx::Float3&, const kx::Float3&) { ++run.samples; });
+        plate->StartAcquisition(true, false, true, false, true);
+    }
+    QElapsedTimer wall;
+    wall.start();
+    const double cpuBefore = processCpuSeconds();
+    QTimer::singleShot(seconds * 1000, &app, &QCoreApplication::quit);
+    app.exec();
+    run.seconds = double(wall.nsecsElapsed()) / 1e9;
+    run.coreShare = (processCpuSeconds() - cpuBefore) / run.seconds;
+    return run;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    benchmark::Initialize(&argc, argv);
+    Recorder recorder;
+    benchmark::RunSpecifiedBenchmarks(&recorder);
+    benchmark::Shutdown();
+
+    const double chainNs = recorder.nanosecondsPerItem["physicsAndSignalChain"];
+    const double sampleNs = recorder.nanosecondsPerItem["streamingSample"];
+    const RealTimeRun run = tenPlatesInRealTime(app, 3);
+    std::printf("\none sample, physics and signal chain: %.0f ns\n", chainNs);
+    std::printf("one sample end to end (manual clock): %.0f ns (target well under 1000 ns)\n",
+                sampleNs);
+    std::printf("ten plates at 1000 Hz, from that cost: %.2f %% of one core\n",
+                10 * 1000 * sampleNs * 1e-9 * 100);
+    std::printf("ten plates at 1000 Hz on the real clock: %.2f %% of one core over %.1f s, "
+                "%.0f samples/s (target < 1 %%)\n",
+                run.coreShare * 100, run.seconds, double(run.samples) / run.seconds);
+    return 0;
+}
