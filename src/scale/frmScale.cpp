@@ -73,6 +73,8 @@ frmScale::frmScale(const ToolContext& context, QWidget* parent)
     StatusBar1Panel1 = new QLabel(StatusBar1);
     StatusBar1Panel1->setObjectName(QStringLiteral("StatusBar1Panel1"));
     StatusBar1->addWidget(StatusBar1Panel1, 1);
+    // The progress of a zero shows beside the status, so the dialog keeps its size.
+    StatusBar1->addPermanentWidget(ProgressBar1, 2);
     tmrPlateZero = clock().createTimer(this);
     tmrPlateZero->setObjectName(QStringLiteral("tmrPlateZero"));
 
@@ -84,7 +86,6 @@ frmScale::frmScale(const ToolContext& context, QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->addWidget(buildDisplay());
     layout->addLayout(buttons);
-    layout->addWidget(ProgressBar1);
     layout->addWidget(StatusBar1);
     layout->setSizeConstraint(QLayout::SetFixedSize);
 

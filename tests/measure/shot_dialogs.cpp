@@ -93,7 +93,9 @@ int main(int argc, char** argv) {
         scale.show();
         ok &= save(scale, folder, "frmScale-opened.png");
         scale.cmdZero->click();
-        clock.advance(6000);
+        clock.advance(2000);
+        ok &= save(scale, folder, "frmScale-zeroing.png");
+        clock.advance(4000);
         plate.loads().placePerson(72.5, 0.0, 0.0, kx::PlateLoads::Stance::Standing, plate.now());
         clock.advance(5000);
         ok &= save(scale, folder, "frmScale.png");
