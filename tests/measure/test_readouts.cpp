@@ -1,7 +1,6 @@
 #include "../support/PrintQString.h"
 #include "measure/MeterReadout.h"
 #include "measure/RefreshThrottle.h"
-#include "measure/VoltageAverager.h"
 #include "measure/ZeroStatistics.h"
 
 #include <gtest/gtest.h>
@@ -41,17 +40,6 @@ TEST(MeterReadout, LinesCarryTheSignAndSixDecimals) {
     EXPECT_EQ(meterLine(1, 0.0123456), QStringLiteral("Ch1 +0.012346 VDC"));
     EXPECT_EQ(meterLine(3, 0.0), QStringLiteral("Ch3 +0.000000 VDC"));
     EXPECT_EQ(meterLine(3, -0.0000004), QStringLiteral("Ch3 +0.000000 VDC"));
-}
-
-TEST(VoltageAverager, MeansOfTheSamplesSinceTheLastReadOut) {
-    VoltageAverager averager;
-    averager.add({1.0f, -2.0f, 0.5f});
-    averager.add({2.0f, -4.0f, 0.25f});
-    EXPECT_EQ(averager.count(), 2);
-    EXPECT_EQ(averager.takeMeans(), (std::array<double, 3>{1.5, -3.0, 0.375}));
-    EXPECT_EQ(averager.count(), 0);
-    averager.add({-1.0f, 0.0f, 1.0f});
-    EXPECT_EQ(averager.takeMeans(), (std::array<double, 3>{-1.0, 0.0, 1.0}));
 }
 
 TEST(ZeroStatistics, CodesAreVoltsOnA24BitScaleWhateverTheResolution) {

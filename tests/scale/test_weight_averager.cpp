@@ -143,16 +143,6 @@ TEST(WeightAverager, FirstSampleAfterAResetShowsExactlyItsWeight) {
     EXPECT_EQ(averager.weight(), 70.3f);
 }
 
-TEST(WeightAverager, CountGrowsOneSampleAtATimeUpToTheLength) {
-    WeightAverager averager(4, 5.0f);
-    for (int i = 1; i <= 6; ++i) {
-        averager.add(-10.0f - 0.25f * static_cast<float>(i));
-        EXPECT_EQ(averager.count(), std::min(i, 4));
-    }
-    // The mean of the last four.
-    EXPECT_DOUBLE_EQ(averager.weight(), (10.75 + 11.0 + 11.25 + 11.5) / 4.0);
-}
-
 TEST(WeightAverager, OnlyADeviationAboveTheResetDifferenceRestarts) {
     // Four samples at -100, then one whose deviation from the mean including it is 5 N.
     for (const auto& [step, restarts] : {std::pair{-106.25f, false}, std::pair{-106.3f, true},
