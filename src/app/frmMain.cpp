@@ -9,6 +9,9 @@
 #include "app/ZeroPanel.h"
 #include "app/frmSplash.h"
 #include "device/PlateError.h"
+#include "maintenance/frmEncoder.h"
+#include "maintenance/frmPlateInfoEx.h"
+#include "maintenance/frmProgramID.h"
 #include "measure/frmMeter.h"
 #include "measure/frmZero.h"
 #include "resources/ResourceFiles.h"
@@ -30,6 +33,7 @@
 #include <QScreen>
 #include <QStatusBar>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace kx {
 
@@ -96,6 +100,13 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
     });
     addTool(cmdMeter, [this] { return new kx::frmMeter(toolContext()); });
     addTool(cmdScale, [this] { return new kx::frmScale(toolContext()); });
+    addTool(frmGeneralInfo->cmdDevInfoEx, [this] {
+        auto* dialog = new frmPlateInfoEx(toolContext());
+        dialog->setServicePanels(m_servicePanels); // before the plate: it shows the resets
+        return dialog;
+    });
+    addTool(cmdProgramID, [this] { return new frmProgramID(toolContext()); });
+    addTool(cmdEncoder, [this] { return new frmEncoder(toolContext()); });
     setPlatePanelsEnabled(false);
 }
 
@@ -407,10 +418,11 @@ void frmMain::takeUpNewSerialNumber() {
 }
 
 void frmMain::addTool(QPushButton* button, ToolFactory create) {
-    const auto registered = std::find_if(m_tools.begin(), m_tools.end(),
-                                         [button](const Tool& t) { return t.button == button; });
-    if (registered != m_tools.end()) {
-        registered->create = std::move(create);
+    // One dialog per button: a later registration takes the button over.
+    const auto known = std::find_if(m_tools.begin(), m_tools.end(),
+                                    [button](const Tool& tool) { return tool.button == button; });
+    if (known != m_tools.end()) {
+        known->create = std::move(create);
         return;
     }
     m_tools.push_back({button, std::move(create), nullptr});

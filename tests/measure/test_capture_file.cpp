@@ -1,0 +1,267 @@
+#include "FileSizeLimit.h"
+#include "TempEnvironment.h"
+#include "measure/CaptureFileWriter.h"
+#include "measure/CaptureSaver.h"
+#include "measure/CaptureTable.h"
+#include "measure/DriftAccumulator.h"
+
+#include <QBuffer>
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QSignalSpy>
+#include <QStandardPaths>
+#include <gtest/gtest.h>
+
+using namespace kx;
+
+namespace {
+
+constexpr float kRate = 1000.0f;
+constexpr float kMinFz = -2.5f;
+const QByteArray kSeparator = "%NaN, NaN, NaN, NaN, NaN, NaN, NaN, NaN, NaN";
+
+QByteArray fileText(const CaptureTable& table, float rate = kRate) {
+    QBuffer buffer;
+    buffer.open(QIODevice::WriteOnly);
+    CaptureFileWriter writer(table, rate, kMinFz);
+    EXPECT_TRUE(writer.write(buffer));
+    return buffer.data();
+}
+
+QByteArray linesOf(std::initializer_list<QByteArray> lines) {
+    QByteArray text;
+    for (const QByteArray& line : lines)
+        text += line + "\r\n";
+    return text;
+}
+
+QByteArray fileBytes(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// Two blocks as the plate library delivers them, then rows added by hand.
+CaptureTable twoSegments() {
+    CaptureTable table;
+    table.appendBlock({{-500, 12.5f, -25}, {-1, 0.5f, 0.25f}},
+                      {{0.0012341f, -0.0005f, 0.25f}, {0.0001f, 0.0002f, 0.0003f}}, kMinFz);
+    table.appendBlock({{-800, 0, 40}}, {{1, 2, 3}}, kMinFz);
+    // Voltages of exactly 0 make a separator whatever the forces.
+    table.append(CaptureRow{{0, 0, 0}, {-500, 1, 1}, {-500, 0, 0}});
+    const Float3 forces{-600, -6, 6};
+    table.append(CaptureRow{{-1.5f, 0, 0}, forces, posturalOf(forces, kMinFz)});
+    return table;
+}
+
+TEST(CaptureTable, BlockIsASeparatorThenTheSamplesWithTheirPosturalPart) {
+    CaptureTable table;
+    table.appendBlock({{-500, 10, -20}, {-1, 3, 4}, {-2.5f, 3, 4}},
+                      {{1, 1, 1}, {2, 2, 2}, {3, 3, 3}}, kMinFz);
+    ASSERT_EQ(table.rowCount(), 4);
+    EXPECT_TRUE(table.row(0).isSeparator());
+    EXPECT_EQ(table.row(0).forces, Float3{});
+    EXPECT_EQ(table.row(1).volts, (Float3{1, 1, 1}));
+    EXPECT_EQ(table.row(1).forces, (Float3{-500, 10, -20}));
+    EXPECT_EQ(table.row(1).postural, (Float3{-500, -0.04f, -0.02f}));
+    // Unloaded, and exactly at the threshold (not below it): no postural part.
+    EXPECT_EQ(table.row(2).postural, Float3{});
+    EXPECT_EQ(table.row(3).postural, Float3{});
+    EXPECT_FALSE(table.row(3).isSeparator());
+
+    table.appendBlock({{-10, 0, 0}}, {{1, 0, 0}}, kMinFz);
+    EXPECT_EQ(table.rowCount(), 6);
+    EXPECT_TRUE(table.row(4).isSeparator());
+    table.clear();
+    EXPECT_TRUE(table.isEmpty());
+}
+
+TEST(CaptureFile, SegmentsSeparatorsTimesAndUnloadedCentreOfPressure) {
+    EXPECT_EQ(fileText(twoSegments()),
+              linesOf({"%Time(s), V1, V2, V3, Fz, Mx, My, CoPx, CoPy", kSeparator,
+                       "0.001000, 0.001234, -0.000500, 0.250000, -500.000000, 12.500000, "
+                       "-25.000000, -0.050000, -0.025000",
+                       "0.002000, 0.000100, 0.000200, 0.000300, -1.000000, 0.500000, 0.250000, "
+                       "NaN, NaN",
+                       kSeparator,
+                       "0.001000, 1.000000, 2.000000, 3.000000, -800.000000, 0.000000, "
+                       "40.000000, 0.050000, 0.000000",
+                       kSeparator,
+                       "0.001000, -1.500000, 0.000000, 0.000000, -600.000000, -6.000000, "
+                       "6.000000, 0.010000, 0.010000"}));
+}
+
+TEST(CaptureFile, DriftRowsAreTimedAsSingleSamples) {
+    DriftAccumulator drift;
+    drift.setSamplesPerPoint(2);
+    CaptureTable table;
+    // Loaded, unloaded, loaded; then capture off (a separator) and on again.
+    for (const float fz : {-100.0f, -100.0f, 0.0f, 0.0f, -200.0f, -200.0f, -50.0f, -50.0f}) {
+        if (const auto point = drift.add({fz, fz / 10, fz / 5}, {1, 1, 1}, kMinFz)) {
+            table.append(point->captureRow());
+            if (table.rowCount() == 3)
+                table.appendSeparator();
+        }
+    }
+    EXPECT_EQ(fileText(table, 62.5f),
+              linesOf({"%Time(s), V1, V2, V3, Fz, Mx, My, CoPx, CoPy",
+                       "0.016000, 1.000000, 1.000000, 1.000000, -100.000000, -10.000000, "
+                       "-20.000000, -0.200000, 0.100000",
+                       "0.032000, 1.000000, 1.000000, 1.000000, 0.000000, 0.000000, 0.000000, "
+                       "NaN, NaN",
+                       "0.048000, 1.000000, 1.000000, 1.000000, -200.000000, -20.000000, "
+                       "-40.000000, -0.200000, 0.100000",
+                       kSeparator,
+                       "0.016000, 1.000000, 1.000000, 1.000000, -50.000000, -5.000000, "
+                       "-10.000000, -0.200000, 0.100000"}));
+}
+
+TEST(CaptureFile, SaveReplacesAnOlderFile) {
+    test::TempEnvironment environment;
+    const QString path = environment.path() + "/capture.txt";
+    QFile old(path);
+    ASSERT_TRUE(old.open(QIODevice::WriteOnly));
+    old.write(QByteArray(100'000, 'x'));
+    old.close();
+
+    const CaptureTable table = twoSegments();
+    CaptureFileWriter writer(table, kRate, kMinFz);
+    std::vector<int> percents;
+    writer.setProgressHandler([&](int percent) { percents.push_back(percent); });
+    ASSERT_TRUE(writer.save(path)) << writer.errorString().toStdString();
+    EXPECT_EQ(fileBytes(path), fileText(table));
+    EXPECT_EQ(percents, (std::vector<int>{0, 100}));
+}
+
+enum class Failure { MissingFolder, ReadOnlyFolder, DiskFull };
+
+void PrintTo(Failure failure, std::ostream* out) {
+    constexpr const char* names[] = {"missing folder", "read-only folder", "disk full"};
+    *out << names[static_cast<int>(failure)];
+}
+
+class FailedSave : public testing::TestWithParam<Failure> {};
+
+TEST_P(FailedSave, ReportsWhyAndLeavesNoFileAndTheTableWhole) {
+    test::TempEnvironment environment;
+    QString folder = environment.path() + "/captures";
+    ASSERT_TRUE(QDir().mkpath(folder));
+    CaptureTable table = twoSegments();
+    for (int i = 0; i < 2000; ++i)
+        table.append(CaptureRow{{1, 2, 3}, {-100, 1, 1}, {-100, -0.01f, 0.01f}});
+    const qint32 rows = table.rowCount();
+
+    std::optional<FileSizeLimit> limit;
+    switch (GetParam()) {
+    case Failure::MissingFolder:
+        folder += "/gone";
+        break;
+    case Failure::ReadOnlyFolder:
+        QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner);
+        if (QFile probe(folder + "/probe"); probe.open(QIODevice::WriteOnly)) {
+            probe.remove();
+            GTEST_SKIP() << "permissions are not enforced for this user";
+        }
+        break;
+    case Failure::DiskFull:
+        limit.emplace(64 * 1024); // the file needs about 170 KB
+        break;
+    }
+    const QString path = folder + "/capture.txt";
+    CaptureFileWriter writer(table, kRate, kMinFz);
+    EXPECT_FALSE(writer.save(path));
+    limit.reset();
+    QFile::setPermissions(environment.path() + "/captures",
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+
+    EXPECT_TRUE(writer.errorString().contains(QDir::toNativeSeparators(path)))
+        << writer.errorString().toStdString();
+    EXPECT_GT(writer.errorString().size(), path.size() + 4);
+    EXPECT_FALSE(QFile::exists(path));
+    EXPECT_TRUE(QDir(environment.path() + "/captures").isEmpty()); // no temporary file left
+    EXPECT_EQ(table.rowCount(), rows);
+    EXPECT_EQ(table.row(rows - 1).postural, (Float3{-100, -0.01f, 0.01f}));
+}
+
+INSTANTIATE_TEST_SUITE_P(Causes, FailedSave,
+                         testing::Values(Failure::MissingFolder, Failure::ReadOnlyFolder,
+                                         Failure::DiskFull));
+
+TEST(CaptureFile, LoadsUnchangedWithNumpy) {
+    // The system's interpreter first: that is the one Debian's python3-numpy serves, while
+    // PATH may lead to another installation without it.
+    QString python = QStandardPaths::findExecutable("python3", {"/usr/bin"});
+    if (python.isEmpty())
+        python = QStandardPaths::findExecutable("python3");
+    if (python.isEmpty())
+        GTEST_SKIP() << "python3 is not installed";
+    test::TempEnvironment environment;
+    const QString path = environment.path() + "/capture.txt";
+    const CaptureTable table = twoSegments();
+    CaptureFileWriter writer(table, kRate, kMinFz);
+    ASSERT_TRUE(writer.save(path));
+
+    QProcess process;
+    process.start(python, {"-c",
+                           "import sys, numpy\n"
+                           "a = numpy.loadtxt(sys.argv[1], delimiter=',', comments='%')\n"
+                           "print(a.shape[0], a.shape[1], int(numpy.isnan(a).sum()), a[2][4])",
+                           path});
+    ASSERT_TRUE(process.waitForFinished(60'000));
+    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    EXPECT_EQ(process.readAllStandardOutput().trimmed(), "4 9 2 -800.0");
+}
+
+// --- the background save ---
+
+CaptureTable manyRows(int count) {
+    CaptureTable table;
+    table.appendSeparator();
+    for (int i = 0; i < count; ++i)
+        table.append(CaptureRow{{0.001f, 0.002f, 0.003f}, {-700, 1, 2}, {-700, 0.001f, 0.002f}});
+    return table;
+}
+
+TEST(CaptureSaver, WritesInTheBackgroundReportingProgress) {
+    test::TempEnvironment environment;
+    const QString path = environment.path() + "/capture.txt";
+    const CaptureTable table = manyRows(100'000); // about 10 blocks of text
+    CaptureSaver saver;
+    QSignalSpy progress(&saver, &CaptureSaver::progress);
+    QSignalSpy finished(&saver, &CaptureSaver::finished);
+    saver.start(table, path, kRate, kMinFz);
+    EXPECT_TRUE(saver.isRunning());
+    ASSERT_TRUE(finished.wait(60'000));
+    EXPECT_FALSE(saver.isRunning());
+    EXPECT_EQ(finished.at(0).at(0).toBool(), true);
+    EXPECT_EQ(finished.at(0).at(1).toString(), QString());
+
+    ASSERT_GE(progress.size(), 5);
+    for (qsizetype i = 1; i < progress.size(); ++i)
+        EXPECT_GT(progress.at(i).at(0).toInt(), progress.at(i - 1).at(0).toInt());
+    EXPECT_EQ(progress.last().at(0).toInt(), 100);
+    EXPECT_EQ(fileBytes(path), fileText(table));
+}
+
+TEST(CaptureSaver, ReportsAFailure) {
+    test::TempEnvironment environment;
+    const CaptureTable table = manyRows(10);
+    CaptureSaver saver;
+    QSignalSpy finished(&saver, &CaptureSaver::finished);
+    saver.start(table, environment.path() + "/gone/capture.txt", kRate, kMinFz);
+    ASSERT_TRUE(finished.wait(60'000));
+    EXPECT_EQ(finished.at(0).at(0).toBool(), false);
+    EXPECT_TRUE(finished.at(0).at(1).toString().contains("capture.txt"));
+}
+
+TEST(CaptureSaver, DestroyedWhileSavingWritesNoFile) {
+    test::TempEnvironment environment;
+    const CaptureTable table = manyRows(1'000'000); // about 100 MB of text
+    {
+        CaptureSaver saver;
+        saver.start(table, environment.path() + "/capture.txt", kRate, kMinFz);
+    }
+    EXPECT_TRUE(QDir(environment.path()).entryList({"capture*"}, QDir::Files).isEmpty());
+}
+
+} // namespace

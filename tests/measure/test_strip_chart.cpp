@@ -1,0 +1,269 @@
+#include "measure/StripChart.h"
+#include "support/ManualClock.h"
+
+#include <QApplication>
+#include <QImage>
+#include <QMouseEvent>
+#include <QSignalSpy>
+#include <atomic>
+#include <cmath>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <new>
+
+// Counts the allocations of the whole program, to show that adding points makes none.
+namespace {
+std::atomic<long> allocations{0};
+}
+void* operator new(std::size_t size) {
+    ++allocations;
+    if (void* p = std::malloc(size ? size : 1))
+        return p;
+    throw std::bad_alloc();
+}
+void operator delete(void* p) noexcept {
+    std::free(p);
+}
+void operator delete(void* p, std::size_t) noexcept {
+    std::free(p);
+}
+
+using namespace kx;
+
+namespace {
+
+const QRgb kGreen = qRgb(0, 255, 0);
+
+// A chart of 250 x 100 pixels on screen, without grid lines to tell apart from the trace.
+struct ChartFixture : testing::Test {
+    void SetUp() override {
+        chart.setGridStyle(0);
+        chart.setRefreshInterval(20);
+        chart.resize(250, 100);
+        chart.show();
+    }
+    QImage frame() {
+        clock.advance(20); // the refresh that rescales
+        QImage image(chart.size(), QImage::Format_RGB32);
+        chart.render(&image);
+        return image;
+    }
+    // Rows of the trace's colour in column x, top first.
+    static std::vector<int> traceRows(const QImage& image, int x) {
+        std::vector<int> rows;
+        for (int y = 0; y < image.height(); ++y)
+            if (image.pixel(x, y) == kGreen)
+                rows.push_back(y);
+        return rows;
+    }
+    void moveMouse(int x, int y) {
+        QMouseEvent move(QEvent::MouseMove, QPointF(x, y), chart.mapToGlobal(QPointF(x, y)),
+                         Qt::NoButton, Qt::NoButton, Qt::NoModifier);
+        QApplication::sendEvent(&chart, &move);
+    }
+
+    ManualClock clock;
+    StripChart chart{clock, nullptr, 5000}; // 20 points per column
+};
+
+TEST_F(ChartFixture, OneSampleSpikeSurvivesTheReductionToColumns) {
+    QSignalSpy top(&chart, &StripChart::ScaleTopChanged);
+    for (int i = 0; i < 5000; ++i)
+        chart.AddPoint(i == 2507 ? 100.0f : 0.0f);
+    const QImage image = frame();
+    ASSERT_FALSE(top.isEmpty());
+    EXPECT_GE(top.last().at(0).toFloat(), 100.0f);
+    // Point 2507 is in column 125: the only one whose trace reaches the upper half.
+    for (int x = 0; x < 250; ++x) {
+        const std::vector<int> rows = traceRows(image, x);
+        ASSERT_FALSE(rows.empty()) << x;
+        EXPECT_EQ(rows.front() < 50, x == 125) << x;
+    }
+}
+
+TEST_F(ChartFixture, BlanksLeaveAGapInBothDirectionsAndModes) {
+    for (int i = 0; i < 5000; ++i) {
+        if (i >= 2000 && i < 3000)
+            chart.AddBlank(false, false, 0, 0);
+        else
+            chart.AddPoint(float(i % 3));
+    }
+    chart.AddPoint(INFINITY); // not finite: kept as a blank too
+    for (int i = 0; i < 19; ++i)
+        chart.AddPoint(1.0f);
+    for (const bool rightToLeft : {false, true}) {
+        for (const bool scrolling : {false, true}) {
+            chart.setRightToLeft(rightToLeft);
+            chart.setScrolling(scrolling);
+            const QImage image = frame();
+            // Scrolling moved the points one column on; the blank fifth stays a gap.
+            const int shift = scrolling ? -1 : 0;
+            for (int column = 0; column < 250; ++column) {
+                const int x = rightToLeft ? 249 - column : column;
+                const bool blank = column >= 100 + shift && column < 150 + shift;
+                EXPECT_EQ(traceRows(image, x).empty(), blank)
+                    << x << " rtl " << rightToLeft << " scrolling " << scrolling;
+            }
+        }
+    }
+}
+
+TEST_F(ChartFixture, SweepWritesOverTheLastSweepFromItsStartingEdge) {
+    chart.setScrolling(false);
+    for (int i = 0; i < 5000; ++i)
+        chart.AddPoint(1.0f);
+    for (int i = 0; i < 2500; ++i)
+        chart.AddPoint(-1.0f);
+    const QImage image = frame();
+    const auto level = [&](int x) { return traceRows(image, x).front(); };
+    EXPECT_GT(level(10), 50);  // the new sweep, low, on the left
+    EXPECT_LT(level(240), 50); // the old one, high, still on the right
+    chart.setRightToLeft(true);
+    const QImage mirrored = frame();
+    EXPECT_EQ(traceRows(mirrored, 239), traceRows(image, 10));
+}
+
+TEST_F(ChartFixture, MeanAndStdDevOfThePointsOnScreen) {
+    for (int i = 0; i < 5000; ++i)
+        chart.AddPoint(100.0f);
+    for (int i = 0; i < 5000; ++i) {
+        if (i % 20 >= 18)
+            chart.AddBlank(false, false, 0, 0);
+        else
+            chart.AddPoint(i % 2 ? 3.0f : 1.0f);
+    }
+    EXPECT_FLOAT_EQ(chart.Mean(), 2.0f);
+    EXPECT_FLOAT_EQ(chart.StdDev(), 1.0f);
+    for (int i = 0; i < 5000; ++i)
+        chart.AddBlank(false, false, 0, 0);
+    EXPECT_EQ(chart.Mean(), 0.0f);
+    chart.AddPoint(7.0f);
+    EXPECT_EQ(chart.Mean(), 7.0f);
+    EXPECT_EQ(chart.StdDev(), 0.0f);
+    chart.Clear();
+    EXPECT_EQ(chart.Mean(), 0.0f);
+    EXPECT_EQ(chart.StdDev(), 0.0f);
+}
+
+struct SpanCase {
+    float value;
+    float minSpan;
+};
+
+void PrintTo(const SpanCase& c, std::ostream* out) {
+    *out << c.value << " min span " << c.minSpan;
+}
+
+class AutoScaleSpan : public ChartFixture, public testing::WithParamInterface<SpanCase> {};
+
+TEST_P(AutoScaleSpan, FlatTraceGetsAtLeastMinSpanAndSignalsOnlyChanges) {
+    const SpanCase c = GetParam();
+    QSignalSpy tops(&chart, &StripChart::ScaleTopChanged);
+    QSignalSpy bottoms(&chart, &StripChart::ScaleBottomChanged);
+    chart.setMinSpan(c.minSpan);
+    for (int i = 0; i < 100; ++i)
+        chart.AddPoint(c.value);
+    clock.advance(20);
+    ASSERT_EQ(tops.size(), 1);
+    ASSERT_EQ(bottoms.size(), 1);
+    const float top = tops.at(0).at(0).toFloat();
+    const float bottom = bottoms.at(0).at(0).toFloat();
+    EXPECT_LE(bottom, c.value);
+    EXPECT_GE(top, c.value);
+    EXPECT_GE(top - bottom, c.minSpan * 0.999f);
+    EXPECT_LE(top - bottom, c.minSpan * 2.25f);
+    // More of the same changes nothing, so nothing is signalled.
+    for (int i = 0; i < 100; ++i)
+        chart.AddPoint(c.value);
+    clock.advance(100);
+    EXPECT_EQ(tops.size(), 1);
+    EXPECT_EQ(bottoms.size(), 1);
+}
+
+INSTANTIATE_TEST_SUITE_P(MinSpans, AutoScaleSpan,
+                         testing::Values(SpanCase{0, 0.4f}, SpanCase{-812.3f, 0.4f},
+                                         SpanCase{0.012f, 0.0005f}, SpanCase{0.0002f, 0.001f}));
+
+TEST_F(ChartFixture, AutoScaleOffKeepsTheLimits) {
+    chart.setAutoScale(false);
+    QSignalSpy tops(&chart, &StripChart::ScaleTopChanged);
+    for (int i = 0; i < 100; ++i)
+        chart.AddPoint(50.0f);
+    clock.advance(100);
+    EXPECT_TRUE(tops.isEmpty());
+    chart.setAutoScale(true);
+    EXPECT_EQ(tops.size(), 1);
+}
+
+// Counts the paint events a widget receives.
+struct PaintCounter : QObject {
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Paint)
+            ++paints;
+        return false;
+    }
+    int paints = 0;
+};
+
+TEST_F(ChartFixture, RepaintsFollowTheRefreshTimerNotThePoints) {
+    QApplication::processEvents();
+    PaintCounter counter;
+    chart.installEventFilter(&counter);
+    // 50 points every millisecond for 100 ms: five refreshes of 20 ms.
+    for (int ms = 0; ms < 100; ++ms) {
+        for (int i = 0; i < 50; ++i)
+            chart.AddPoint(float(i));
+        clock.advance(1);
+        QApplication::processEvents();
+    }
+    EXPECT_EQ(counter.paints, 5);
+    // Points without time passing, and time passing without points, paint nothing.
+    for (int i = 0; i < 1000; ++i)
+        chart.AddPoint(1.0f);
+    QApplication::processEvents();
+    EXPECT_EQ(counter.paints, 5);
+    chart.StopPlot(); // shows the pending points at once, then stops
+    QApplication::processEvents();
+    EXPECT_EQ(counter.paints, 6);
+    clock.advance(1000);
+    QApplication::processEvents();
+    EXPECT_EQ(counter.paints, 6);
+}
+
+TEST_F(ChartFixture, AddingPointsDoesNotAllocate) {
+    chart.AddPoint(0.0f); // the first point arms the refresh timer
+    const long before = allocations;
+    for (int i = 0; i < 100'000; ++i) {
+        chart.AddPoint(float(i));
+        chart.AddBlank(false, false, 0, 0);
+    }
+    EXPECT_EQ(allocations - before, 0);
+}
+
+TEST_F(ChartFixture, CursorReadsTimeValueAndThePointUnderTheMouse) {
+    chart.setIndex(2);
+    chart.setSampleRate(1000);
+    chart.setAutoScale(false); // limits -1 .. 1
+    QSignalSpy cursor(&chart, &StripChart::CursorMove);
+    for (int i = 0; i < 2000; ++i)
+        chart.AddPoint(float(i));
+    chart.setScrolling(false);
+    moveMouse(50, 0);   // points 1000 .. 1019, the one in the middle of the column
+    moveMouse(150, 99); // beyond the first sweep: no point there
+    chart.setRightToLeft(true);
+    moveMouse(199, 49); // the same column as the first, mirrored
+    ASSERT_EQ(cursor.size(), 3);
+    const auto read = [&](int i, int field) { return cursor.at(i).at(field); };
+    EXPECT_EQ(read(0, 0).toInt(), 2);
+    EXPECT_FLOAT_EQ(read(0, 1).toFloat(), 1.010f);
+    EXPECT_FLOAT_EQ(read(0, 2).toFloat(), 1.0f);
+    EXPECT_TRUE(read(0, 3).toBool());
+    EXPECT_FLOAT_EQ(read(0, 4).toFloat(), 1010.0f);
+    EXPECT_FLOAT_EQ(read(1, 1).toFloat(), 3.010f);
+    EXPECT_FLOAT_EQ(read(1, 2).toFloat(), -1.0f);
+    EXPECT_FALSE(read(1, 3).toBool());
+    EXPECT_NEAR(read(2, 2).toFloat(), 0.0f, 0.011f);
+    EXPECT_FLOAT_EQ(read(2, 4).toFloat(), 1010.0f);
+}
+
+} // namespace
