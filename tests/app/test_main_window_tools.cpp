@@ -3,6 +3,7 @@
 #include "device/ToolDialog.h"
 #include "resources/StringTable.h"
 
+#include <QApplication>
 #include <QPushButton>
 
 namespace kx::test {
@@ -30,12 +31,22 @@ protected:
 
 TEST_F(MainWindowTools, ButtonsWithoutADialogStayDisabled) {
     start();
-    for (QPushButton* button : {window->cmdGetZero, window->cmdMeter, window->cmdScale,
-                                window->cmdNoise, window->cmdCalibrate})
+    for (QPushButton* button : {window->cmdNoise, window->cmdCalibrate})
         EXPECT_FALSE(button->isEnabled()) << button->objectName().toStdString();
-    addBenchTool(window->cmdMeter, strings::MeterBlock);
-    EXPECT_TRUE(window->cmdMeter->isEnabled());
-    EXPECT_FALSE(window->cmdScale->isEnabled());
+    addBenchTool(window->cmdNoise, strings::NoiseBlock);
+    EXPECT_TRUE(window->cmdNoise->isEnabled());
+    EXPECT_FALSE(window->cmdCalibrate->isEnabled());
+}
+
+TEST_F(MainWindowTools, ASecondRegistrationReplacesTheFirst) {
+    start();
+    addBenchTool(window->cmdScale, strings::ScaleBlock);
+    window->cmdScale->click();
+    int open = 0;
+    for (QWidget* top : QApplication::topLevelWidgets())
+        open += qobject_cast<ToolDialog*>(top) && top->isVisible() ? 1 : 0;
+    EXPECT_EQ(open, 1);
+    EXPECT_TRUE(dialog->isVisible());
 }
 
 TEST_F(MainWindowTools, ADialogGetsThePlateAndTheWindowWhileOpen) {

@@ -15,9 +15,11 @@ public:
     ProbeDialog(const ToolContext& context, int block)
         : ToolDialog(context, block) {}
     using ToolDialog::text;
+    int loadings = 0;
     int unloadings = 0;
 
 protected:
+    void loading() override { ++loadings; }
     void unloading() override { ++unloadings; }
 };
 
@@ -42,6 +44,13 @@ TEST_F(ToolDialogTest, EveryWayOfClosingUnloadsOnce) {
     dialog.reject();
     dialog.close();
     EXPECT_EQ(unloaded, 1);
+}
+
+TEST_F(ToolDialogTest, LoadsOnceOnItsFirstShow) {
+    EXPECT_EQ(dialog.loadings, 1);
+    dialog.hide();
+    dialog.show();
+    EXPECT_EQ(dialog.loadings, 1);
 }
 
 TEST_F(ToolDialogTest, EscapeUnloadsToo) {
