@@ -88,11 +88,13 @@ at 1 h: recover P-1
     EXPECT_FALSE(p.calibrated || p.plugged);
 
     const QList<Scenario::Event>& e = scenario->events;
+    // clang-format off
     const std::pair<qint64, Action> expected[] = {
-        {1500, Action::PlaceWeight},   {123000, Action::PlacePerson}, {3000, Action::PlacePerson},
-        {250, Action::Unload},         {4000, Action::Unplug},        {5000, Action::PlugIn},
-        {6000, Action::Fault},         {7000, Action::Fault},         {8000, Action::FailNextCall},
+        {1500, Action::PlaceWeight}, {123000, Action::PlacePerson}, {3000, Action::PlacePerson},
+        {250, Action::Unload}, {4000, Action::Unplug}, {5000, Action::PlugIn},
+        {6000, Action::Fault}, {7000, Action::Fault}, {8000, Action::FailNextCall},
         {9000, Action::FailOperation}, {3600000, Action::Recover}};
+    // clang-format on
     ASSERT_EQ(e.size(), 11);
     for (int i = 0; i < 11; ++i) {
         EXPECT_EQ(e[i].atMs, expected[i].first) << i;
