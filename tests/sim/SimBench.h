@@ -47,4 +47,45 @@ struct ForcesRecorder {
     std::vector<Sample> samples;
 };
 
+// The last ZeroDone of a plate, and every progress event before it.
+struct ZeroRecorder {
+    explicit ZeroRecorder(PlateDevice& plate) {
+        QObject::connect(&plate, &PlateDevice::ZeroProgress, &context,
+                         [this](qint32 n) { progress << n; });
+        QObject::connect(&plate, &PlateDevice::ZeroDone, &context,
+                         [this](qint32 n, const ChannelValues& a, const ChannelValues& d,
+                                const ChannelValues& r) {
+                             ++done;
+                             samples = n;
+                             average = a;
+                             deviation = d;
+                             range = r;
+                         });
+    }
+
+    QObject context;
+    QList<qint32> progress;
+    int done = 0;
+    qint32 samples = 0;
+    ChannelValues average, deviation, range;
+};
+
+// The last TestDone of a plate.
+struct BlockRecorder {
+    explicit BlockRecorder(PlateDevice& plate) {
+        QObject::connect(&plate, &PlateDevice::TestDone, &context,
+                         [this](qint32 n, const QList<Float3>& f, const QList<Float3>& v) {
+                             ++done;
+                             count = n;
+                             forces = f;
+                             volts = v;
+                         });
+    }
+
+    QObject context;
+    int done = 0;
+    qint32 count = 0;
+    QList<Float3> forces, volts;
+};
+
 } // namespace kx::test

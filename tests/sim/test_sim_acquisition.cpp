@@ -5,58 +5,16 @@
 #include <gtest/gtest.h>
 #include <set>
 
-using kx::ChannelValues;
 using kx::Float3;
 using kx::PlateDevice;
 using kx::Which;
+using kx::test::BlockRecorder;
 using kx::test::ForcesRecorder;
 using kx::test::SimBench;
+using kx::test::ZeroRecorder;
 
-namespace {
-
-struct ZeroResult {
-    QList<qint32> progress;
-    int done = 0;
-    qint32 samples = 0;
-    ChannelValues average;
-    ChannelValues deviation;
-    ChannelValues range;
-};
-
-void recordZero(PlateDevice& plate, QObject& context, ZeroResult& result) {
-    QObject::connect(&plate, &PlateDevice::ZeroProgress, &context,
-                     [&result](qint32 n) { result.progress << n; });
-    QObject::connect(&plate, &PlateDevice::ZeroDone, &context,
-                     [&result](qint32 n, const ChannelValues& a, const ChannelValues& d,
-                               const ChannelValues& r) {
-                         ++result.done;
-                         result.samples = n;
-                         result.average = a;
-                         result.deviation = d;
-                         result.range = r;
-                     });
-}
-
-struct Block {
-    int done = 0;
-    qint32 count = 0;
-    QList<Float3> forces;
-    QList<Float3> volts;
-};
-
-void recordBlocks(PlateDevice& plate, QObject& context, Block& block) {
-    QObject::connect(&plate, &PlateDevice::TestDone, &context,
-                     [&block](qint32 n, const QList<Float3>& f, const QList<Float3>& v) {
-                         ++block.done;
-                         block.count = n;
-                         block.forces = f;
-                         block.volts = v;
-                     });
-}
-
-} // namespace
-
-TEST(SimAcquisition, EachSampleArrivesAtTheTickOfItsDueTime) {
+// Each sample arrives at the tick of its due time; a new start restarts the numbering.
+TEST(SimAcquisition, StreamingIsPacedRestartsNumberingAndStopsQuietly) {
     SimBench bench;
     kx::SimPlate& plate = bench.plate("11093");
     plate.SetSampleFrequency(Which::Current, 64.0f);
@@ -64,139 +22,99 @@ TEST(SimAcquisition, EachSampleArrivesAtTheTickOfItsDueTime) {
     const quint32 start = bench.clock.tickCount();
     plate.StartAcquisition(true, false, true, false, true);
     bench.clock.advance(1000);
-
     ASSERT_EQ(recorder.samples.size(), 64u);
     for (qint32 k = 1; k <= 64; ++k) {
         const auto& s = recorder.samples[size_t(k - 1)];
         EXPECT_EQ(s.number, k);
         EXPECT_EQ(quint32(s.tick - start), quint32(std::floor(k * 1000.0 / 64.0))) << k;
     }
+    plate.StartAcquisition(true, false, true, false, true); // replaces the running one
+    bench.clock.advance(20);
+    ASSERT_EQ(recorder.samples.size(), 65u);
+    EXPECT_EQ(recorder.samples.back().number, 1);
+    plate.StopAcquisition();
+    bench.clock.advance(1000);
+    EXPECT_EQ(recorder.samples.size(), 65u);
 }
 
-TEST(SimAcquisition, StreamingRestartsNumberingAndStopsQuietly) {
+TEST(SimAcquisition, CaptureAndTestBlocksDeliverTheirSamplesAsAnEvent) {
     SimBench bench;
     kx::SimPlate& plate = bench.plate("20418"); // 100 Hz
     ForcesRecorder recorder(plate, bench.clock);
-    plate.StartAcquisition(true, false, true, false, true);
-    bench.clock.advance(55);
-    ASSERT_EQ(recorder.samples.size(), 5u);
-
-    plate.StartAcquisition(true, false, true, false, true); // replaces the running one
-    bench.clock.advance(20);
-    ASSERT_EQ(recorder.samples.size(), 7u);
-    EXPECT_EQ(recorder.samples[5].number, 1);
-    EXPECT_EQ(recorder.samples[6].number, 2);
-
-    plate.StopAcquisition();
-    bench.clock.advance(1000);
-    EXPECT_EQ(recorder.samples.size(), 7u);
-}
-
-TEST(SimAcquisition, CaptureRenumbersAndDeliversItsSamplesAfterStopCapture) {
-    SimBench bench;
-    kx::SimPlate& plate = bench.plate("20418");
-    ForcesRecorder recorder(plate, bench.clock);
-    QObject context;
-    Block block;
-    recordBlocks(plate, context, block);
-
+    BlockRecorder block(plate);
     plate.StartAcquisition(true, false, true, false, true);
     bench.clock.advance(100);
     plate.StartCapture(true);
     bench.clock.advance(250);
     plate.StopCapture();
-    EXPECT_EQ(block.done, 0); // delivered as an event, after the call
+    EXPECT_EQ(block.done, 0); // delivered after the call
     bench.clock.settle();
-
     ASSERT_EQ(block.done, 1);
     EXPECT_EQ(block.count, 25);
     ASSERT_EQ(recorder.samples.size(), 35u);
-    EXPECT_EQ(recorder.samples[10].number, 1);
-    for (int i = 0; i < 25; ++i) {
-        EXPECT_EQ(block.forces[i], recorder.samples[size_t(10 + i)].forces);
+    EXPECT_EQ(recorder.samples[10].number, 1); // the capture renumbers
+    for (int i = 0; i < 25; ++i)
         EXPECT_EQ(block.volts[i], recorder.samples[size_t(10 + i)].volts);
-    }
+    EXPECT_EQ(block.forces[24], recorder.samples[34].forces);
     bench.clock.advance(100);
     EXPECT_EQ(recorder.samples.size(), 45u); // streaming goes on
-    plate.StopCapture();                     // no capture running: nothing more
-    bench.clock.settle();
+
+    plate.StartTest(13, true, true, false, 30, true);
+    bench.clock.advance(129);
     EXPECT_EQ(block.done, 1);
+    bench.clock.advance(1);
+    ASSERT_EQ(block.done, 2);
+    EXPECT_EQ(block.count, 13);
+    EXPECT_EQ(block.forces.size() + block.volts.size(), 26);
 }
 
+// Codes are offset-binary around mid-scale on firmware 1.x, signed around 0 on firmware 2.x.
 TEST(SimAcquisition, ZeroReportsProgressThenStatisticsOfTheRawCodes) {
     SimBench bench;
     kx::SimPlate& plate = bench.plate("20418");
-    QObject context;
-    ZeroResult zero;
-    recordZero(plate, context, zero);
+    ZeroRecorder zero(plate);
+    ZeroRecorder older(bench.plate("11093"));
     plate.CalibrateSelf();
     plate.StartZero(200, true, 30, 50);
+    bench.plate("11093").StartZero(10, true);
     bench.clock.advance(1999);
     EXPECT_EQ(zero.done, 0);
     bench.clock.advance(1);
-
     ASSERT_EQ(zero.done, 1);
     EXPECT_EQ(zero.samples, 200);
     EXPECT_EQ(zero.progress, (QList<qint32>{20, 40, 60, 80, 100, 120, 140, 160, 180, 200}));
     ASSERT_EQ(zero.average.size(), 4);
-    const auto resting = [&] {
-        kx::SignalChain chain(plate.truth(), 1);
-        return chain.restingCodes(5.0, plate.Temperature());
-    }();
+    const auto resting = kx::SignalChain(plate.truth(), 1).restingCodes(5.0, plate.Temperature());
     for (int c = 0; c < 4; ++c) {
         // Noise of 120 codes at 100 Hz and 5 V; the standard error of 200 samples is ~8.5.
         EXPECT_NEAR(zero.average[c], resting[size_t(c)], 40.0) << c;
         EXPECT_NEAR(zero.deviation[c], 120.0, 18.0) << c;
         EXPECT_GT(zero.range[c], 4 * zero.deviation[c]) << c;
         EXPECT_LT(zero.range[c], 8 * zero.deviation[c]) << c;
+        EXPECT_NEAR(zero.average[c], 0.0, 300000.0);
+        EXPECT_NEAR(older.average[c], 8388608.0, 300000.0);
     }
 }
 
 TEST(SimAcquisition, ZeroNoiseGrowsWithTheSamplingFrequency) {
     SimBench bench;
     kx::SimPlate& plate = bench.plate("20418");
-    QObject context;
-    ZeroResult zero;
-    recordZero(plate, context, zero);
-    const struct {
-        float hertz;
-        double sigma;
-    } cases[] = {{25.0f, 60.0}, {100.0f, 120.0}, {400.0f, 240.0}};
-    for (const auto& c : cases) {
-        plate.SetSampleFrequency(Which::Current, c.hertz);
+    ZeroRecorder zero(plate);
+    for (const auto& [hertz, sigma] : {std::pair{25.0f, 60.0}, {400.0f, 240.0}}) {
+        plate.SetSampleFrequency(Which::Current, hertz);
         plate.StartZero(2000, true, 30, 0);
-        bench.clock.advance(qint64(2000 * 1000 / c.hertz));
+        bench.clock.advance(qint64(2000 * 1000 / hertz));
         ASSERT_EQ(zero.samples, 2000);
         for (int channel = 0; channel < 4; ++channel)
-            EXPECT_NEAR(zero.deviation[channel], c.sigma, 0.06 * c.sigma) << c.hertz;
-    }
-}
-
-TEST(SimAcquisition, ZeroCodesFollowTheFirmwareFormat) {
-    SimBench bench;
-    QObject context;
-    ZeroResult older;
-    ZeroResult current;
-    recordZero(bench.plate("11093"), context, older);
-    recordZero(bench.plate("20418"), context, current);
-    bench.plate("11093").StartZero(10, true);
-    bench.plate("20418").StartZero(10, true);
-    bench.clock.advance(1000);
-    for (int c = 0; c < 4; ++c) {
-        // Offset-binary around mid-scale on firmware 1.x, signed around 0 on firmware 2.x.
-        EXPECT_NEAR(older.average[c], 8388608.0, 300000.0);
-        EXPECT_NEAR(current.average[c], 0.0, 300000.0);
+            EXPECT_NEAR(zero.deviation[channel], sigma, 0.06 * sigma) << hertz;
     }
 }
 
 TEST(SimAcquisition, ResolutionQuantisesTheCodes) {
     SimBench bench;
     kx::SimPlate& plate = bench.plate("20418");
-    QObject context;
-    ZeroResult zero;
-    recordZero(plate, context, zero);
+    ZeroRecorder zero(plate);
     plate.SetResolution(6);
-    EXPECT_EQ(plate.Resolution(), 6);
     plate.StartZero(100, true);
     bench.clock.advance(1000);
     // Steps of 2^18 codes swallow a noise of 120 codes: every reading is the same code.
@@ -206,29 +124,12 @@ TEST(SimAcquisition, ResolutionQuantisesTheCodes) {
     }
 }
 
-TEST(SimAcquisition, TestBlockDeliversThatManySamples) {
-    SimBench bench;
-    kx::SimPlate& plate = bench.plate("11093"); // 64 Hz
-    QObject context;
-    Block block;
-    recordBlocks(plate, context, block);
-    plate.StartTest(13, true, true, false, 30, true);
-    bench.clock.advance(202);
-    EXPECT_EQ(block.done, 0);
-    bench.clock.advance(1);
-    ASSERT_EQ(block.done, 1);
-    EXPECT_EQ(block.count, 13);
-    EXPECT_EQ(block.forces.size(), 13);
-    EXPECT_EQ(block.volts.size(), 13);
-}
-
 TEST(SimAcquisition, HandlersMayStartTheNextAcquisition) {
     SimBench bench;
     kx::SimPlate& plate = bench.plate("20418");
     ForcesRecorder recorder(plate, bench.clock);
-    QObject context;
     // As the scale does: a zero, and the display switched on from its completion.
-    QObject::connect(&plate, &PlateDevice::ZeroDone, &context,
+    QObject::connect(&plate, &PlateDevice::ZeroDone, &recorder.context,
                      [&] { plate.StartAcquisition(true, false, true, false, true); });
     plate.StartZero(5, true, 30, 50);
     bench.clock.advance(100);
@@ -259,32 +160,24 @@ TEST(SimAcquisition, SixtySecondsAtOneKilohertzRunInWellUnderASecond) {
 }
 
 TEST(SimAcquisition, SameSeedSameSamples) {
-    const auto run = [] {
-        SimBench bench;
+    const auto run = [](const kx::Scenario& scenario) {
+        SimBench bench(scenario);
         kx::SimPlate& plate = bench.plate("20418");
         plate.loads().placePerson(70, 0.05, 0.2, kx::PlateLoads::Stance::Swaying, plate.now());
         ForcesRecorder recorder(plate, bench.clock);
         plate.StartAcquisition(true, false, true, false, true);
         bench.clock.advance(3000);
-        return recorder.samples;
+        std::vector<Float3> forces;
+        for (const auto& s : recorder.samples)
+            forces.push_back(s.forces);
+        return forces;
     };
-    const auto first = run();
-    const auto second = run();
-    ASSERT_EQ(first.size(), 300u);
-    ASSERT_EQ(second.size(), first.size());
-    for (size_t i = 0; i < first.size(); ++i) {
-        EXPECT_EQ(first[i].forces, second[i].forces);
-        EXPECT_EQ(first[i].volts, second[i].volts);
-    }
-
+    const auto first = run(kx::Scenario::defaults());
+    EXPECT_EQ(first.size(), 300u);
+    EXPECT_EQ(run(kx::Scenario::defaults()), first);
     kx::Scenario reseeded = kx::Scenario::defaults();
     reseeded.plates[0].seed += 1;
-    SimBench other(reseeded);
-    ForcesRecorder recorder(other.plate("20418"), other.clock);
-    other.plate("20418").StartAcquisition(true, false, true, false, true);
-    other.clock.advance(100);
-    ASSERT_FALSE(recorder.samples.empty());
-    EXPECT_NE(recorder.samples[0].volts, first[0].volts);
+    EXPECT_NE(run(reseeded)[0], first[0]);
 }
 
 TEST(SimAcquisition, EncoderAnswersAfterTheRequestAndKeepsCounting) {
@@ -295,7 +188,6 @@ TEST(SimAcquisition, EncoderAnswersAfterTheRequestAndKeepsCounting) {
     QObject::connect(&plate, &PlateDevice::EncoderIn, &context, [&](qint32 v) { values << v; });
     plate.RequestEncoder();
     EXPECT_TRUE(values.isEmpty());
-    bench.clock.settle();
     bench.clock.advance(1000);
     plate.RequestEncoder();
     bench.clock.settle();
@@ -303,37 +195,32 @@ TEST(SimAcquisition, EncoderAnswersAfterTheRequestAndKeepsCounting) {
     EXPECT_EQ(values[1] - values[0], 256);
 }
 
+// Every sample comes no earlier than its due time and less than a batch later; the fast plate's
+// arrive in bunches, 50 wake-ups for 1000 samples.
 TEST(SimAcquisition, BatchedPacingHandsOverOverdueSamplesTogether) {
     kx::ManualClock clock(1000);
     kx::SimDriver driver(clock, kx::SimDriver::Pacing::Batched);
     kx::Scenario::defaults().applyTo(driver);
     driver.OpenDevices(kx::PlateVendorId, kx::PlateProductId1, kx::PlateProductId2);
     clock.settle();
-    PlateDevice& fast = *driver.Item(1);
-    PlateDevice& slow = *driver.Item(2);
-    fast.SetSampleFrequency(Which::Current, 1000.0f);
-    slow.SetSampleFrequency(Which::Current, 9.0f);
-    ForcesRecorder fastSamples(fast, clock);
-    ForcesRecorder slowSamples(slow, clock);
-    fast.StartAcquisition(true, false, true, false, true);
-    slow.StartAcquisition(true, false, true, false, true);
-    clock.advance(1000);
-
-    // Every sample comes no earlier than its due time and less than a batch later; the fast
-    // plate's arrive in bunches, 50 wake-ups for 1000 samples.
-    const auto check = [](const ForcesRecorder& recorder, double hertz, size_t count) {
-        EXPECT_EQ(recorder.samples.size(), count);
+    const auto check = [&](PlateDevice& plate, float hertz, size_t count, size_t wakeUps) {
+        plate.SetSampleFrequency(Which::Current, hertz);
+        ForcesRecorder recorder(plate, clock);
+        plate.StartAcquisition(true, false, true, false, true);
+        const quint32 start = clock.tickCount();
+        clock.advance(1000);
+        plate.StopAcquisition();
+        ASSERT_EQ(recorder.samples.size(), count);
         std::set<quint32> ticks;
-        for (size_t i = 0; i < recorder.samples.size(); ++i) {
+        for (size_t i = 0; i < count; ++i) {
             const auto& s = recorder.samples[i];
             const auto due = quint32(std::floor(double(i + 1) * 1000.0 / hertz));
-            EXPECT_EQ(s.number, qint32(i + 1));
-            EXPECT_GE(s.tick - 1000, due) << i;
-            EXPECT_LT(s.tick - 1000, due + quint32(kx::SimDriver::BatchMs)) << i;
+            EXPECT_GE(s.tick - start, due) << i;
+            EXPECT_LT(s.tick - start, due + quint32(kx::SimDriver::BatchMs)) << i;
             ticks.insert(s.tick);
         }
-        return ticks.size();
+        EXPECT_EQ(ticks.size(), wakeUps);
     };
-    EXPECT_EQ(check(fastSamples, 1000.0, 1000), 50u);
-    check(slowSamples, 9.0, 9);
+    check(*driver.Item(1), 1000.0f, 1000, 50);
+    check(*driver.Item(2), 9.0f, 9, 9);
 }

@@ -84,17 +84,15 @@ TEST(SimFaults, ScheduledFaultsFireAtTheirTickOrSampleCount) {
     plate.faults().clear();
     bench.clock.advance(1000);
     EXPECT_EQ(faults.events.size(), 2);
-}
 
-TEST(SimFaults, ScheduledUnplugGoesThroughTheDriver) {
-    SimBench bench;
-    SimPlate& plate = bench.plate("11093");
+    // A scheduled unplug goes through the driver like a real one.
     int removed = 0;
-    QObject context;
-    QObject::connect(&bench.driver, &kx::PlateDriver::PlateRemoved, &context, [&] { ++removed; });
+    QObject::connect(&bench.driver, &kx::PlateDriver::PlateRemoved, &faults.context,
+                     [&] { ++removed; });
     plate.faults().afterSamples(10, PlateFault::Unplug);
     plate.StartAcquisition(true, false, true, false, true);
     bench.clock.advance(1000);
+    EXPECT_EQ(faults.events.back(), "Removal");
     EXPECT_EQ(removed, 1);
     EXPECT_FALSE(plate.isPlugged());
 }
@@ -129,7 +127,7 @@ TEST(SimFaults, ASleepingConverterTimesOut) {
     EXPECT_EQ(faults.events.size(), 1);
 }
 
-TEST(SimFaults, PlannedFailuresThrowWithTheirMessage) {
+TEST(SimFaults, PlannedFailuresAndBadArgumentsThrowWithTheirMessage) {
     SimBench bench;
     SimPlate& plate = bench.plate("20418");
     plate.failures().failNextCall(QStringLiteral("USB transfer failed"));
@@ -144,17 +142,12 @@ TEST(SimFaults, PlannedFailuresThrowWithTheirMessage) {
     plate.failures().failEveryCall(QStringLiteral("SetSampleFrequency"), QStringLiteral("busy"));
     EXPECT_THROW(plate.SetSampleFrequency(Which::Current, 200), PlateError);
     EXPECT_THROW(plate.SetSampleFrequency(Which::Default, 200), PlateError);
-    EXPECT_NO_THROW(plate.SampleFrequency(Which::Current));
-    EXPECT_FLOAT_EQ(plate.SampleFrequency(Which::Current), 100.0f);
+    EXPECT_FLOAT_EQ(plate.SampleFrequency(Which::Current), 100.0f); // other calls work
     plate.failures().clear();
     EXPECT_NO_THROW(plate.SetSampleFrequency(Which::Current, 200));
-}
 
-TEST(SimFaults, BadArgumentsThrowReadableErrors) {
-    SimBench bench;
-    SimPlate& plate = bench.plate("20418");
+    // Bad arguments are errors of the same kind, with a readable message.
     EXPECT_THROW(plate.ZeroValue(4, Which::Current), PlateError);
-    EXPECT_THROW(plate.MatrixElement(0, 4), PlateError);
     EXPECT_THROW(plate.SetMatrixElement(-1, 0, 1), PlateError);
     try {
         plate.ExecuteCommand(-1, 12);

@@ -18,8 +18,6 @@ TEST(SimService, StoredTableKeepsMatrixCountersAndDate) {
     }
     const QDate counterDate = QDate(1899, 12, 30).addDays(qint64(plate.MatrixElement(0, 3)));
     EXPECT_EQ(counterDate, plate.CalibrationRecordDate().date());
-    plate.SetMatrixElement(3, 2, 17);
-    EXPECT_EQ(plate.MatrixElement(3, 2), 17.0f);
 }
 
 TEST(SimService, RecordsAndResets) {
@@ -62,27 +60,10 @@ TEST(SimService, OperatorRecordsReplaceTheCalibrationAndInspectionRecords) {
     EXPECT_EQ(fresh.ZeroValue(0, Which::Current), 8388608); // cleared to mid-scale
 
     const QDateTime when(QDate(2024, 5, 6), QTime(9, 30, 15));
-    fresh.SetOperatorRecord2(QStringLiteral("KXI_OP_27.930418.2") + "JD", when);
-    fresh.SetOperatorRecord3(QStringLiteral("KXI_OP_361907254.8") + "JD", when.addSecs(1));
+    fresh.SetOperatorRecord2(QStringLiteral("KXI_OP_27.930418.2JD"), when);
+    fresh.SetOperatorRecord3(QStringLiteral("KXI_OP_361907254.8KL"), when.addSecs(1));
     EXPECT_EQ(fresh.CalibrationRecordDate(), when);
     EXPECT_EQ(fresh.CalibrationRecordOperator(), "JD");
     EXPECT_EQ(fresh.InspectionRecordDate(), when.addSecs(1));
-    EXPECT_EQ(fresh.InspectionRecordOperator(), "JD");
-}
-
-TEST(SimService, SwitchesKeepWhatIsWritten) {
-    SimBench bench;
-    kx::SimPlate& plate = bench.plate("11093");
-    EXPECT_TRUE(plate.Polled(0));
-    EXPECT_TRUE(plate.PowerOn(0));
-    EXPECT_FALSE(plate.ConverterSleep(0));
-    EXPECT_FALSE(plate.BackgroundCalibration());
-    plate.SetPolled(0, false);
-    plate.SetPowerOn(0, false);
-    plate.SetConverterSleep(0, true);
-    plate.SetBackgroundCalibration(true);
-    EXPECT_FALSE(plate.Polled(0));
-    EXPECT_FALSE(plate.PowerOn(0));
-    EXPECT_TRUE(plate.ConverterSleep(0));
-    EXPECT_TRUE(plate.BackgroundCalibration());
+    EXPECT_EQ(fresh.InspectionRecordOperator(), "KL");
 }
