@@ -12,8 +12,12 @@
 #include "maintenance/frmEncoder.h"
 #include "maintenance/frmPlateInfoEx.h"
 #include "maintenance/frmProgramID.h"
+#include "measure/frmAcquire.h"
+#include "measure/frmMeter.h"
+#include "measure/frmZero.h"
 #include "resources/ResourceFiles.h"
 #include "resources/StringTable.h"
+#include "scale/frmScale.h"
 #include "support/Clock.h"
 #include "support/Prompt.h"
 
@@ -86,6 +90,17 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
     // factory prepares what its dialog needs before it is shown: frmZero's duration "5",
     // frmCalibrate's excitation from txtAVoltageCurr and duration "2", frmPlateInfoEx's
     // servicePanels(). A button without a line stays disabled.
+    addTool(cmdGetZero, [this] {
+        auto* dialog = new kx::frmZero(toolContext());
+        dialog->txtDuration->setText(QStringLiteral("5"));
+        connect(dialog, &kx::frmZero::zeroValueWritten, frmZero,
+                [this](int channel, const QString& codes) {
+                    frmZero->txtZeroCurr[channel]->setText(codes);
+                });
+        return dialog;
+    });
+    addTool(cmdMeter, [this] { return new kx::frmMeter(toolContext()); });
+    addTool(cmdScale, [this] { return new kx::frmScale(toolContext()); });
     addTool(frmGeneralInfo->cmdDevInfoEx, [this] {
         auto* dialog = new frmPlateInfoEx(toolContext());
         dialog->setServicePanels(m_servicePanels); // before the plate: it shows the resets
@@ -93,6 +108,7 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
     });
     addTool(cmdProgramID, [this] { return new frmProgramID(toolContext()); });
     addTool(cmdEncoder, [this] { return new frmEncoder(toolContext()); });
+    addTool(cmdAcquire, [this] { return new frmAcquire(toolContext()); });
     setPlatePanelsEnabled(false);
 }
 

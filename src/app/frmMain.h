@@ -51,8 +51,9 @@ public:
     // window lays itself out and shows 1000 ms later, once the first list events are in.
     void load();
 
-    // Makes `button` open the dialog that `create` makes, handing it the selected plate. A
-    // tool button without a dialog stays disabled.
+    // Makes `button` open the dialog that `create` makes, handing it the selected plate; a
+    // second registration for the same button replaces the first. A tool button without a
+    // dialog stays disabled.
     void addTool(QPushButton* button, ToolFactory create);
     ToolContext toolContext() const { return {m_clock, m_prompt}; }
     bool servicePanels() const { return m_servicePanels; }

@@ -38,6 +38,8 @@ void DeviceErrorReporter::attach(PlateDevice* device) {
 void DeviceErrorReporter::report(DeviceEvent event) {
     if (m_removed || m_profile.reaction(event).steps.isEmpty())
         return;
+    if (event != DeviceEvent::Removal && m_actions.applies && !m_actions.applies(event))
+        return;
     if (m_reacting) {
         if (!m_waiting.contains(event))
             m_waiting << event;

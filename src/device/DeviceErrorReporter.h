@@ -17,11 +17,14 @@ class Timer;
 // What a window does for the steps of its reactions that only it knows. Unset actions are
 // skipped.
 struct DeviceErrorActions {
-    std::function<void()> stop;                     // ReactionStep::Stop
-    std::function<void(const QString&)> showStatus; // ReactionStep::Status
-    std::function<void(const QString&)> showLabel;  // ReactionStep::Label (text, made visible)
-    std::function<void(DeviceEvent)> recover;       // ReactionStep::Recover
-    std::function<void()> close;                    // after a removal; must not delete at once
+    std::function<void()> stop{};                     // ReactionStep::Stop
+    std::function<void(const QString&)> showStatus{}; // ReactionStep::Status
+    std::function<void(const QString&)> showLabel{};  // ReactionStep::Label (text, made visible)
+    std::function<void(DeviceEvent)> recover{};       // ReactionStep::Recover
+    std::function<void()> close{};                    // after a removal; must not delete at once
+    // Whether the window reacts to a time-out, overrun or clipping in its present state;
+    // unset: always. A removal always gets its reaction.
+    std::function<bool(DeviceEvent)> applies{};
 };
 
 // Turns a plate's failure events into the reactions of the owning window's profile: stop what

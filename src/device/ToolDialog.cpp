@@ -4,6 +4,8 @@
 #include "device/PlateError.h"
 #include "resources/StringTable.h"
 
+#include <utility>
+
 namespace kx {
 
 ToolDialog::ToolDialog(const ToolContext& context, int block, QWidget* parent)
@@ -31,6 +33,12 @@ void ToolDialog::done(int result) {
     unloading();
     setDevice(nullptr);
     Q_EMIT unloaded();
+}
+
+void ToolDialog::showEvent(QShowEvent* event) {
+    QDialog::showEvent(event);
+    if (!std::exchange(m_loaded, true))
+        loading();
 }
 
 QString ToolDialog::text(int offset) const {

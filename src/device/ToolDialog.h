@@ -50,14 +50,20 @@ protected:
     // True once the plate was unplugged: its calls would only fail.
     bool deviceRemoved() const { return m_errors->removed(); }
 
+    // Called once, when the dialog is first shown, with the plate (or none) handed in: the
+    // dialog's load step (read its settings, prepare the plate, fill its controls).
+    virtual void loading() {}
     // Called once when the dialog unloads, while it still holds its plate: stop what runs.
     virtual void unloading() {}
+
+    void showEvent(QShowEvent* event) override;
 
 private:
     ToolContext m_context;
     int m_block;
     QPointer<PlateDevice> m_device;
     DeviceErrorReporter* m_errors;
+    bool m_loaded = false;
     bool m_unloaded = false;
 };
 

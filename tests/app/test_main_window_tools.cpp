@@ -30,11 +30,12 @@ protected:
 
 TEST_F(MainWindowTools, ADialogGetsThePlateAndTheWindowWhileOpen) {
     start();
-    EXPECT_FALSE(window->cmdMeter->isEnabled()) << "no dialog, no button";
-    addBenchTool(window->cmdMeter, strings::MeterBlock);
-    EXPECT_TRUE(window->cmdMeter->isEnabled());
+    EXPECT_FALSE(window->cmdNoise->isEnabled()) << "no dialog, no button";
+    addBenchTool(window->cmdNoise, strings::NoiseBlock);
+    EXPECT_TRUE(window->cmdNoise->isEnabled());
+    EXPECT_FALSE(window->cmdCalibrate->isEnabled());
     select(Fw1Plate);
-    window->cmdMeter->click();
+    window->cmdNoise->click();
     ASSERT_FALSE(dialog.isNull());
     EXPECT_EQ(dialog->device(), plate(Fw1Plate));
     EXPECT_TRUE(dialog->isVisible());
@@ -48,7 +49,7 @@ TEST_F(MainWindowTools, ADialogGetsThePlateAndTheWindowWhileOpen) {
     EXPECT_EQ(dialog->device(), nullptr);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(dialog.isNull()) << "an unloaded dialog is dropped";
-    window->cmdMeter->click();
+    window->cmdNoise->click();
     EXPECT_FALSE(dialog.isNull()) << "the next press loads it afresh";
 }
 
@@ -72,6 +73,8 @@ TEST_F(MainWindowTools, UnpluggingCloses) {
     // A streaming dialog half a second after its box, a maintenance dialog at once.
     addBenchTool(window->cmdScale, strings::ScaleBlock);
     window->cmdScale->click();
+    EXPECT_EQ(shownDialog<ToolDialog>(), dialog.data())
+        << "a second registration replaces the first";
     sim->unplug(Fw2Plate);
     EXPECT_EQ(prompt.messages, QStringList{strings::text(3920)});
     clock.advance(499);

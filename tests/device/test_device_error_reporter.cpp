@@ -113,6 +113,23 @@ TEST_F(ReporterTest, ControlsAreEnabledAndDisabledByName) {
         EXPECT_EQ(enabled(name), QStringLiteral("true")) << name;
 }
 
+TEST_F(ReporterTest, AWindowCanDeclineEventsInItsPresentStateButNeverTheRemoval) {
+    DeviceErrorReporter* reporter = make(s::ScaleBlock);
+    bool busy = false;
+    DeviceErrorActions actions{.close = [this] { journal << QStringLiteral("close"); },
+                               .applies = [&](DeviceEvent) { return busy; }};
+    reporter->setActions(actions);
+    reporter->report(DeviceEvent::BufferOverRun);
+    EXPECT_TRUE(journal.isEmpty());
+    busy = true;
+    reporter->report(DeviceEvent::BufferOverRun);
+    EXPECT_EQ(journal, QStringList{box(3902)});
+    busy = false;
+    reporter->report(DeviceEvent::Removal);
+    clock.advance(500);
+    EXPECT_EQ(journal, (QStringList{box(3902), box(3920), QStringLiteral("close")}));
+}
+
 TEST_F(ReporterTest, EventsDuringABoxWaitInOrderAndARemovalClosesHalfASecondLater) {
     auto* reporter = make(s::AcquireBlock);
     duringBox = [&] {

@@ -15,9 +15,11 @@ public:
     ProbeDialog(const ToolContext& context, int block)
         : ToolDialog(context, block) {}
     using ToolDialog::text;
+    int loadings = 0;
     int unloadings = 0;
 
 protected:
+    void loading() override { ++loadings; }
     void unloading() override { ++unloadings; }
 };
 
@@ -28,6 +30,9 @@ TEST(ToolDialog, EscapeOrAnyWayOfClosingUnloadsOnce) {
     int unloaded = 0;
     QObject::connect(&dialog, &ToolDialog::unloaded, [&] { ++unloaded; });
     dialog.show();
+    dialog.hide();
+    dialog.show();
+    EXPECT_EQ(dialog.loadings, 1) << "loads once, on its first show";
     QTest::keyClick(&dialog, Qt::Key_Escape);
     EXPECT_FALSE(dialog.isVisible());
     dialog.reject();

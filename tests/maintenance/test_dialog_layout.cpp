@@ -1,4 +1,4 @@
-#include "DialogBench.h"
+#include "DialogFixture.h"
 #include "maintenance/frmEncoder.h"
 #include "maintenance/frmPlateInfoEx.h"
 #include "maintenance/frmProgramID.h"
@@ -12,7 +12,7 @@ namespace {
 
 // Every caption and value of the filled dialogs is shown whole. Set KX_SCREENSHOT_DIR to keep
 // a picture of each.
-class DialogLayout : public test::DialogBench<frmPlateInfoEx> {};
+class DialogLayout : public test::DialogFixture<frmPlateInfoEx> {};
 
 void checkShownWhole(ToolDialog& dialog) {
     dialog.show();

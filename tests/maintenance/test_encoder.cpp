@@ -1,4 +1,4 @@
-#include "DialogBench.h"
+#include "DialogFixture.h"
 #include "PrintQString.h"
 #include "maintenance/frmEncoder.h"
 #include "resources/StringTable.h"
@@ -11,7 +11,7 @@ namespace {
 
 constexpr int Period = frmEncoder::PollIntervalMs;
 
-class Encoder : public test::DialogBench<frmEncoder> {
+class Encoder : public test::DialogFixture<frmEncoder> {
 protected:
     void SetUp() override {
         plate = addPlate(QStringLiteral("KX2001"));

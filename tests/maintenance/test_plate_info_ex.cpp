@@ -1,4 +1,4 @@
-#include "DialogBench.h"
+#include "DialogFixture.h"
 #include "PrintQString.h"
 #include "maintenance/frmPlateInfoEx.h"
 #include "resources/StringTable.h"
@@ -10,7 +10,7 @@
 namespace kx {
 namespace {
 
-class PlateInfoEx : public test::DialogBench<frmPlateInfoEx> {
+class PlateInfoEx : public test::DialogFixture<frmPlateInfoEx> {
 protected:
     void SetUp() override {
         QLocale::setDefault(QLocale(QLocale::English, QLocale::UnitedStates));

@@ -1,4 +1,4 @@
-#include "DialogBench.h"
+#include "DialogFixture.h"
 #include "PrintQString.h"
 #include "maintenance/frmProgramID.h"
 #include "resources/StringTable.h"
@@ -10,7 +10,7 @@
 namespace kx {
 namespace {
 
-class ProgramID : public test::DialogBench<frmProgramID> {
+class ProgramID : public test::DialogFixture<frmProgramID> {
 protected:
     void SetUp() override {
         plate2 = addPlate(QStringLiteral("KX2001"), 2);

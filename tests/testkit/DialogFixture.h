@@ -16,7 +16,7 @@ namespace kx::test {
 // Simulated plates on the manual clock, opened as the main window opens them, a prompt that
 // records what the user would see, and one dialog of type D opened on its own.
 template <typename D>
-class DialogBench : public ::testing::Test {
+class DialogFixture : public ::testing::Test {
 protected:
     // Plates are added before openPlates().
     SimPlate* addPlate(const QString& serial, quint8 firmwareMajor = 2, bool calibrated = true) {

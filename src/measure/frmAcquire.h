@@ -1,0 +1,147 @@
+#pragma once
+
+#include "device/ToolDialog.h"
+#include "measure/AcquireSettings.h"
+#include "measure/CaptureTable.h"
+#include "measure/DriftAccumulator.h"
+#include "measure/SignalSet.h"
+#include "measure/TestSignal.h"
+#include "support/NumberFormat.h"
+
+#include <array>
+#include <optional>
+
+class QCheckBox;
+class QGroupBox;
+class QLabel;
+class QProgressBar;
+class QPushButton;
+class QRadioButton;
+
+namespace kx {
+
+class CaptureSaver;
+class StripChart;
+class Timer;
+
+// "Real Time Signals Display and Data Acquisition": three signals of the plate on three
+// stacked strip charts as the samples arrive, with a cursor read-out; capture of the samples
+// to a text file written when the dialog is left through cmdOK; drift mode, which averages the
+// samples into one point a second for long recordings; and a chart self-test.
+class frmAcquire : public ToolDialog {
+    Q_OBJECT
+public:
+    explicit frmAcquire(const ToolContext& context, QWidget* parent = nullptr);
+    ~frmAcquire() override;
+
+    // Taking a plate loads the settings and prepares the plate and the charts.
+    void setDevice(PlateDevice* device) override;
+
+    bool displaying() const { return m_display; }
+    bool capturing() const { return m_capture; }
+    bool drifting() const { return m_drift; }
+    DisplayType displayType() const { return m_displayType; }
+    const CaptureTable& captureTable() const { return m_table; }
+    bool saving() const { return m_saving; }
+    bool testRunning() const { return m_test.has_value(); }
+
+    QPushButton* cmdOK;
+    QPushButton* cmdDisplay;
+    QPushButton* cmdCapture;
+    QPushButton* cmdDrift;
+    QPushButton* cmdTest;
+    QGroupBox* frmOptions;
+    QGroupBox* fraSignalOp;
+    QGroupBox* fraScrollDir;
+    QGroupBox* frmPosition;
+    QGroupBox* frmCaptureStatus;
+    QGroupBox* frmSignals;
+    std::array<QRadioButton*, 3> optSignal;
+    std::array<QRadioButton*, 2> optDirection;
+    QCheckBox* chkScroll;
+    QCheckBox* chkAutoScale;
+    QCheckBox* chkGrid;
+    QLabel* lblPosX;
+    QLabel* lblPosY;
+    QLabel* lblPosData;
+    QLabel* lblSAve;
+    QLabel* lblSStd;
+    QLabel* lblX;
+    QLabel* lblY;
+    QLabel* lblData;
+    QLabel* lblAve;
+    QLabel* lblSTD;
+    QLabel* lblCapture;
+    QLabel* lblTimeCap;
+    QLabel* lblSampleCap;
+    QLabel* lblFreqCap;
+    QLabel* lblTime;
+    QLabel* lblSample;
+    QLabel* lblFreq;
+    QLabel* lblError;
+    QProgressBar* prgSave; // while the capture file is written
+    std::array<StripChart*, 3> KXIStripChart;
+    std::array<QLabel*, 3> lblSignal;
+    std::array<QLabel*, 3> lblMax;
+    std::array<QLabel*, 3> lblMin;
+
+protected:
+    void unloading() override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void buildControls();
+    void layOutControls();
+    void connectControls();
+    void open(PlateDevice& plate);
+
+    void cmdDisplay_Click();
+    void cmdCapture_Click();
+    void cmdDrift_Click();
+    void cmdTest_Click();
+    void cmdOK_Click();
+    void optSignal_Click(int index);
+    void applySignalSet(DisplayType type);
+    void setTraceColor(const QColor& color);
+    void feedTestSignal();
+
+    void ForcesIn(qint32 sampleNumber, const Float3& forces, const Float3& volts);
+    void TestDone(qint32 count, const QList<Float3>& forces, const QList<Float3>& volts);
+    bool plot(const ChartValues& values);
+    void arithmeticError();
+    void refreshStatus(qint32 sampleNumber);
+    void cursorMove(int index, float x, float y, bool valid, float value);
+    void clearCursor();
+    const NumberFormat& valueFormat() const;
+    void stopAcquisition();
+
+    void askAndSave();
+    void saveFinished(bool ok, const QString& error);
+
+    AcquireSettings m_settings;
+    DisplayType m_displayType = DisplayType::Voltages;
+    float m_minFz = -2.5f;
+    qint32 m_textPeriodMs = 200;
+    bool m_display = false;
+    bool m_capture = false;
+    bool m_drift = false;
+    quint32 m_captureStart = 0;
+    quint32 m_lastText = 0;
+    int m_cursorChart = 0; // 0: none, k: chart k - 1
+    DriftAccumulator m_accumulator;
+    CaptureTable m_table;
+    CaptureSaver* m_saver;
+    bool m_saving = false;
+    QWidget* m_buttons;
+    Timer* m_testTimer;
+    std::optional<TestSignal> m_test;
+
+    const NumberFormat m_threeDecimals{u"0.000"};
+    const NumberFormat m_sixDecimals{u"0.000000"};
+    const NumberFormat m_seconds{u"0.00 s"};
+    const NumberFormat m_hertz{u"0.00 Hz"};
+};
+
+} // namespace kx

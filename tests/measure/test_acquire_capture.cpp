@@ -1,0 +1,256 @@
+#include "AcquireFixture.h"
+#include "resources/StringTable.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <cmath>
+
+namespace kx::test {
+namespace {
+
+class AcquireCapture : public AcquireFixture {
+protected:
+    QString folder() const { return environment.documentsFolder(); }
+    QString path(const char* name) const { return QDir(folder()).filePath(QLatin1String(name)); }
+
+    // One capture segment of `ms` milliseconds while the display runs.
+    void capture(qint64 ms) {
+        dialog->cmdCapture->click();
+        advance(ms);
+        dialog->cmdCapture->click();
+        bench.clock.settle(); // the plate hands its block over after StopCapture returns
+    }
+
+    void saveAs(const QString& file) {
+        prompt.fileAnswers.push_back(file);
+        dialog->cmdOK->click();
+        waitForSave();
+    }
+
+    static QStringList lines(const QString& file) {
+        QFile f(file);
+        EXPECT_TRUE(f.open(QIODevice::ReadOnly));
+        const QByteArray all = f.readAll();
+        EXPECT_TRUE(all.endsWith("\r\n"));
+        QStringList result = QString::fromLatin1(all).split(QStringLiteral("\r\n"));
+        result.removeLast();
+        for (const QString& line : result)
+            EXPECT_FALSE(line.contains(u'\n') || line.contains(u'\r'));
+        return result;
+    }
+};
+
+const QString Header = QStringLiteral("%Time(s), V1, V2, V3, Fz, Mx, My, CoPx, CoPy");
+const QString Separator = QStringLiteral("%NaN, NaN, NaN, NaN, NaN, NaN, NaN, NaN, NaN");
+
+TEST_F(AcquireCapture, CaptureTogglesCaptionsAndTraceColour) {
+    open();
+    dialog->cmdDisplay->click();
+    dialog->cmdCapture->click();
+    EXPECT_TRUE(dialog->capturing());
+    EXPECT_EQ(dialog->cmdCapture->text(), strings::text(4031));
+    EXPECT_EQ(dialog->lblCapture->text(), strings::text(4311));
+    EXPECT_EQ(chart(1).TraceColor(), QColor(255, 0, 0));
+    dialog->cmdCapture->click();
+    EXPECT_FALSE(dialog->capturing());
+    EXPECT_EQ(dialog->cmdCapture->text(), strings::text(4030));
+    EXPECT_EQ(dialog->lblCapture->text(), strings::text(4310));
+    EXPECT_EQ(chart(1).TraceColor(), QColor(0, 255, 0));
+}
+
+TEST_F(AcquireCapture, FileHoldsEverySegmentLineByLine) {
+    setText("Last File Path", QStringLiteral("/nowhere/in/particular"));
+    open();
+    placeWeight(60, 0.1, 0.05);
+    dialog->cmdDisplay->click();
+    advance(500);
+    capture(300); // loaded
+    unload();
+    advance(1000);
+    capture(200); // unloaded
+    ASSERT_EQ(dialog->captureTable().rowCount(), 1 + 300 + 1 + 200);
+
+    const QString file = path("run.txt");
+    saveAs(QStringLiteral("  ") + file + QStringLiteral(" "));
+    ASSERT_EQ(prompt.dialogs.size(), 1u);
+    const FileDialogRequest& request = prompt.dialogs[0];
+    EXPECT_EQ(request.title, strings::text(4500));
+    EXPECT_EQ(request.defaultExtension, QStringLiteral(".txt"));
+    EXPECT_EQ(request.filter, strings::text(4520));
+    EXPECT_EQ(request.filterIndex, 2);
+    EXPECT_EQ(request.initialFolder, QStringLiteral("/nowhere/in/particular"));
+    EXPECT_TRUE(request.fileName.isEmpty());
+    EXPECT_TRUE(request.overwritePrompt && request.pathMustExist && request.hideReadOnly &&
+                request.noReadOnlyReturn);
+    EXPECT_FALSE(dialog->isVisible()) << "the dialog unloads once the file is written";
+    EXPECT_EQ(text("Last File Path"), folder());
+
+    const QStringList got = lines(file);
+    ASSERT_EQ(got.size(), 1 + 1 + 300 + 1 + 200);
+    EXPECT_EQ(got[0], Header);
+    EXPECT_EQ(got[1], Separator);
+    EXPECT_EQ(got[302], Separator);
+    const QRegularExpression number(QStringLiteral("^-?\\d+\\.\\d{6}$"));
+    for (int i = 2; i < got.size(); ++i) {
+        if (i == 302)
+            continue;
+        const QStringList fields = got[i].split(QStringLiteral(", "));
+        ASSERT_EQ(fields.size(), 9) << got[i].toStdString();
+        const int k = i < 302 ? i - 1 : i - 302;
+        EXPECT_EQ(fields[0], QString::number(k / 1000.0, 'f', 6)) << "time restarts per segment";
+        for (int f = 0; f < 7; ++f)
+            EXPECT_TRUE(number.match(fields[f]).hasMatch()) << got[i].toStdString();
+        if (i < 302) {
+            EXPECT_NEAR(fields[4].toDouble(), -60 * 9.80665, 6.0);
+            EXPECT_NEAR(fields[7].toDouble(), 0.1, 0.01);
+            EXPECT_NEAR(fields[8].toDouble(), 0.05, 0.01);
+        } else {
+            EXPECT_EQ(fields[7], QStringLiteral("NaN")) << "unloaded: no centre of pressure";
+            EXPECT_EQ(fields[8], QStringLiteral("NaN"));
+        }
+    }
+}
+
+TEST_F(AcquireCapture, ClosingWithAnEmptyTableAsksNothing) {
+    open();
+    dialog->cmdOK->click();
+    EXPECT_TRUE(prompt.dialogs.empty());
+    EXPECT_FALSE(dialog->isVisible());
+}
+
+TEST_F(AcquireCapture, CancellingTheFileDialogKeepsTheDialogAndItsTable) {
+    open();
+    dialog->cmdDisplay->click();
+    capture(100);
+    dialog->cmdOK->click(); // no answer queued: cancelled
+    EXPECT_TRUE(dialog->isVisible());
+    EXPECT_EQ(dialog->captureTable().rowCount(), 101);
+}
+
+TEST_F(AcquireCapture, AFailedSaveTellsTheUserKeepsTheTableAndOffersAnotherPlace) {
+    open();
+    dialog->cmdDisplay->click();
+    capture(250);
+    const QString gone = QDir(folder()).filePath(QStringLiteral("gone/run.txt"));
+    const QString good = path("second try.txt");
+    prompt.fileAnswers.push_back(gone);
+    prompt.fileAnswers.push_back(std::nullopt); // the user thinks twice
+    dialog->cmdOK->click();
+    waitForSave();
+    ASSERT_EQ(prompt.messages.size(), 1);
+    EXPECT_FALSE(prompt.messages[0].isEmpty());
+    EXPECT_EQ(prompt.dialogs.size(), 2u) << "the file dialog is offered again";
+    EXPECT_TRUE(dialog->isVisible());
+    EXPECT_EQ(dialog->captureTable().rowCount(), 251);
+    EXPECT_FALSE(QFile::exists(gone));
+    EXPECT_TRUE(dialog->cmdOK->isEnabled());
+
+    saveAs(good);
+    EXPECT_FALSE(dialog->isVisible());
+    EXPECT_EQ(lines(good).size(), 1 + 251);
+    EXPECT_EQ(QDir(folder()).entryList(QDir::Files), QStringList{QStringLiteral("second try.txt")})
+        << "no temporary file left behind";
+}
+
+TEST_F(AcquireCapture, NumpyLoadsTheFileUnchanged) {
+    QString python;
+    for (const QString& candidate :
+         {QStringLiteral("/usr/bin/python3"), QStringLiteral("python3")}) {
+        if (QProcess::execute(candidate, {QStringLiteral("-c"), QStringLiteral("import numpy")}) ==
+            0) {
+            python = candidate;
+            break;
+        }
+    }
+    if (python.isEmpty())
+        GTEST_SKIP() << "python3 with numpy (Debian's python3-numpy) is not installed";
+    open();
+    placeWeight(45);
+    dialog->cmdDisplay->click();
+    advance(300);
+    capture(120);
+    unload();
+    advance(1000);
+    capture(80);
+    const QString file = path("numpy.txt");
+    saveAs(file);
+
+    QProcess run;
+    run.start(python,
+              {QStringLiteral("-c"),
+               QStringLiteral("import sys, numpy\n"
+                              "a = numpy.loadtxt(sys.argv[1], delimiter=',', comments='%')\n"
+                              "print(a.shape[0], a.shape[1], int(numpy.isnan(a[:, 7]).sum()),"
+                              " round(float(a[0, 0]), 6), round(float(a[120, 0]), 6))"),
+               file});
+    ASSERT_TRUE(run.waitForFinished(60000));
+    EXPECT_EQ(run.exitCode(), 0) << run.readAllStandardError().toStdString();
+    EXPECT_EQ(QString::fromLatin1(run.readAllStandardOutput()).trimmed(),
+              QStringLiteral("200 9 80 0.001 0.001"));
+}
+
+TEST_F(AcquireCapture, DriftAveragesOneSecondPerPointAt1000Hz) {
+    setNumber("Display Type", 0);
+    open();
+    placeWeight(70, 0.05, 0.1);
+    advance(1000);
+    dialog->cmdDrift->click();
+    EXPECT_TRUE(dialog->drifting());
+    EXPECT_EQ(dialog->cmdDrift->text(), strings::text(4041));
+    EXPECT_FALSE(dialog->cmdDisplay->isEnabled());
+    EXPECT_TRUE(dialog->cmdCapture->isEnabled());
+    EXPECT_EQ(dialog->lblCapture->text(), strings::text(4311)) << "the label runs ahead";
+    EXPECT_FALSE(dialog->capturing());
+    EXPECT_FLOAT_EQ(chart(0).SampleRate(), 1.0f);
+
+    advance(2000);
+    EXPECT_TRUE(dialog->captureTable().isEmpty()) << "points are captured only once asked";
+    dialog->cmdCapture->click();
+    advance(5000);
+    dialog->cmdCapture->click();
+    const CaptureTable& table = dialog->captureTable();
+    ASSERT_EQ(table.rowCount(), 5 + 1);
+    EXPECT_TRUE(table.row(5).isSeparator());
+    for (qint32 r = 0; r < 5; ++r) {
+        EXPECT_NEAR(table.row(r).forces[0], -70 * 9.80665, 5.0);
+        EXPECT_FLOAT_EQ(table.row(r).postural[0], table.row(r).forces[0]);
+        EXPECT_NEAR(table.row(r).postural[1], 0.05, 0.005);
+        EXPECT_NEAR(table.row(r).postural[2], 0.1, 0.005);
+    }
+    EXPECT_NEAR(chart(0).Mean(), -70 * 9.80665, 5.0);
+
+    dialog->cmdDrift->click();
+    EXPECT_FALSE(dialog->drifting());
+    EXPECT_TRUE(dialog->cmdDisplay->isEnabled());
+    EXPECT_FALSE(dialog->cmdCapture->isEnabled());
+    EXPECT_EQ(dialog->lblCapture->text(), strings::text(4310));
+}
+
+TEST_F(AcquireCapture, DriftLeftRunningOnCloseKeepsThePlateStreaming) {
+    open(100);
+    dialog->cmdDrift->click();
+    dialog->close();
+    ForcesRecorder recorder(plate, bench.clock);
+    advance(1000);
+    EXPECT_GE(recorder.samples.size(), 99u);
+}
+
+TEST_F(AcquireCapture, DriftRowsOfAnUnloadedPlateHaveNoCentreOfPressure) {
+    open(100);
+    dialog->cmdDrift->click();
+    dialog->cmdCapture->click();
+    advance(3000);
+    const QString file = path("drift.txt");
+    dialog->cmdCapture->click();
+    saveAs(file);
+    const QStringList got = lines(file);
+    ASSERT_EQ(got.size(), 1 + 3 + 1);
+    EXPECT_TRUE(got[1].startsWith(QStringLiteral("0.010000, "))) << "timed as single samples";
+    EXPECT_TRUE(got[3].endsWith(QStringLiteral(", NaN, NaN")));
+    EXPECT_EQ(got[4], Separator);
+}
+
+} // namespace
+} // namespace kx::test

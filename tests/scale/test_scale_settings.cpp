@@ -1,0 +1,74 @@
+#include "TempEnvironment.h"
+#include "scale/ScaleSettings.h"
+#include "support/Settings.h"
+#include "support/SettingsKeys.h"
+
+#include <gtest/gtest.h>
+
+namespace kx {
+namespace {
+
+constexpr auto User = SettingsRoot::CurrentUser;
+
+qint32 stored(const char* key, const char* name) {
+    return GetSettingLong(User, QLatin1String(key), QLatin1String(name), 123456);
+}
+
+TEST(ScaleSettings, MissingValuesReadAsTheDefaults) {
+    test::TempEnvironment environment;
+    const ScaleSettings s = ScaleSettings::load();
+    EXPECT_TRUE(s.AutoZeroEnabled);
+    EXPECT_EQ(s.AutoZeroIntervalMs, 2000);
+    EXPECT_FLOAT_EQ(s.AutoZeroDuration, 0.2f);
+    EXPECT_EQ(s.MinTare, 1.0f);
+    EXPECT_EQ(s.MaxTare, 80.0f);
+    EXPECT_EQ(s.ZeroDuration, 5.0f);
+    EXPECT_EQ(s.ScaleFrequency, 64.0f);
+    EXPECT_EQ(s.AverageSamples, 3840);
+    EXPECT_EQ(s.AverageResetDifference, 5.0f);
+    EXPECT_EQ(s.DisplayIntervalMs, 500);
+    EXPECT_EQ(s.DisplayDecimals, 0);
+    EXPECT_EQ(stored(kScaleKey, "Frequency (Hz)"), 123456) << "reading never writes";
+}
+
+TEST(ScaleSettings, SavedAsWholeNumbersRoundedHalfToEvenWithDurationsInMilliseconds) {
+    test::TempEnvironment environment;
+    ScaleSettings s;
+    s.AutoZeroEnabled = true;
+    s.MinTare = 1.5f;
+    s.MaxTare = 2.5f;
+    s.AutoZeroDuration = 0.25f;
+    s.ZeroDuration = 2.5f;
+    s.ScaleFrequency = 100.5f;
+    s.AverageResetDifference = 3.5f;
+    s.save();
+    EXPECT_EQ(stored(kScaleAutozeroKey, "Enabled"), -1);
+    EXPECT_EQ(stored(kScaleAutozeroKey, "Min Tare (N)"), 2);
+    EXPECT_EQ(stored(kScaleAutozeroKey, "Max Tare (N)"), 2);
+    EXPECT_EQ(stored(kScaleAutozeroKey, "Duration (ms)"), 250);
+    EXPECT_EQ(stored(kScaleKey, "Zero Duration (ms)"), 2500);
+    EXPECT_EQ(stored(kScaleKey, "Frequency (Hz)"), 100);
+    EXPECT_EQ(stored(kScaleKey, "Average Reset Difference (N)"), 4);
+
+    const ScaleSettings back = ScaleSettings::load();
+    EXPECT_EQ(back.MinTare, 2.0f);
+    EXPECT_EQ(back.MaxTare, 2.0f);
+    EXPECT_EQ(back.AutoZeroDuration, 0.25f);
+    EXPECT_EQ(back.ZeroDuration, 2.5f);
+}
+
+TEST(ScaleSettings, AnyNonZeroNumberEnablesTheAutomaticZero) {
+    test::TempEnvironment environment;
+    for (const auto& [value, enabled] :
+         {std::pair{1, true}, std::pair{-1, true}, std::pair{0, false}, std::pair{7, true}}) {
+        SaveSettingLong(User, QLatin1String(kScaleAutozeroKey), QStringLiteral("Enabled"), value);
+        EXPECT_EQ(ScaleSettings::load().AutoZeroEnabled, enabled) << value;
+    }
+    ScaleSettings off;
+    off.AutoZeroEnabled = false;
+    off.save();
+    EXPECT_EQ(stored(kScaleAutozeroKey, "Enabled"), 0);
+}
+
+} // namespace
+} // namespace kx
