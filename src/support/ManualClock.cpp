@@ -8,10 +8,14 @@ class ManualTimer final : public Timer {
 public:
     ManualTimer(ManualClock& clock, QObject* parent)
         : Timer(parent)
-        , m_clock(&clock) {}
+        , m_clock(&clock) {
+        m_clock->m_timers.push_back(this);
+    }
     ~ManualTimer() override {
-        if (m_clock)
-            m_clock->disarm(this);
+        if (!m_clock)
+            return;
+        m_clock->disarm(this);
+        std::erase(m_clock->m_timers, this);
     }
     void fire(qint64 due) {
         // Re-arm before the handler runs, so a handler that changes the timer wins.
@@ -38,8 +42,9 @@ ManualClock::ManualClock(quint32 start)
     : m_now(start) {}
 
 ManualClock::~ManualClock() {
-    for (const Armed& a : m_armed)
-        a.timer->forget();
+    // Timers may outlive the clock (their parents own them): cut them loose.
+    for (ManualTimer* timer : m_timers)
+        timer->forget();
 }
 
 Timer* ManualClock::createTimer(QObject* parent) {

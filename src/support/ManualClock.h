@@ -45,6 +45,7 @@ private:
     quint64 m_order = 0;
     std::vector<Pending> m_pending;
     std::vector<Armed> m_armed;
+    std::vector<class ManualTimer*> m_timers;
 };
 
 } // namespace kx

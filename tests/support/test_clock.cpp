@@ -91,6 +91,7 @@ TEST(ManualClock, NothingFiresIntoADestroyedContextOrClock) {
     int runs = 0;
     {
         ManualClock clock;
+        clock.createTimer(&owner); // never armed: destroyed with the owner, after the clock
         {
             auto context = std::make_unique<QObject>();
             clock.singleShot(10, context.get(), [&] { ++runs; });
