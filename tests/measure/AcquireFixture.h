@@ -1,8 +1,6 @@
 #pragma once
 
-#include "RecordingPrompt.h"
-#include "SimBench.h"
-#include "TempEnvironment.h"
+#include "DialogBench.h"
 #include "measure/StripChart.h"
 #include "measure/frmAcquire.h"
 #include "support/Settings.h"
@@ -12,22 +10,15 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
-#include <gtest/gtest.h>
-#include <memory>
 
 namespace kx::test {
 
-// The real signals display on simulated plate 20418 sampling at 1000 Hz, a manual clock and
-// a recording prompt. Settings written before open() are what the dialog loads.
-class AcquireFixture : public ::testing::Test {
+// The real signals display on plate 20418 sampling at `hertz`.
+class AcquireFixture : public ToolFixture<frmAcquire> {
 protected:
-    void TearDown() override { dialog.reset(); }
-
     void open(float hertz = 1000) {
         plate.SetSampleFrequency(Which::Current, hertz);
-        dialog = std::make_unique<frmAcquire>(ToolContext{bench.clock, prompt});
-        dialog->setDevice(&plate);
-        dialog->show();
+        ToolFixture::open(&plate);
     }
 
     static void setNumber(const char* name, qint32 value) {
@@ -52,7 +43,6 @@ protected:
         plate.loads().placeWeight(kilograms, x, y, plate.now());
     }
     void unload() { plate.loads().removeAll(plate.now()); }
-    void advance(qint64 ms) { bench.clock.advance(ms); }
 
     StripChart& chart(int i) const { return *dialog->KXIStripChart[static_cast<std::size_t>(i)]; }
 
@@ -61,12 +51,6 @@ protected:
         while (dialog->saving())
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
-
-    TempEnvironment environment;
-    SimBench bench;
-    SimPlate& plate = bench.plate("20418");
-    RecordingPrompt prompt;
-    std::unique_ptr<frmAcquire> dialog;
 };
 
 } // namespace kx::test

@@ -1,7 +1,8 @@
-// Pictures of the zero, meter and scale dialogs at work on a simulated plate, for looking at
-// their layout on a real display (run it under Xvfb): shot_dialogs OUTPUT_FOLDER.
+// Pictures of the measurement dialogs at work on a simulated plate with a person on it, for
+// looking at their layout on a real display (run it under Xvfb): shot_dialogs OUTPUT_FOLDER.
 
 #include "device/ToolContext.h"
+#include "measure/frmAcquire.h"
 #include "measure/frmMeter.h"
 #include "measure/frmZero.h"
 #include "scale/frmScale.h"
@@ -15,6 +16,7 @@
 #include <QDir>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QRadioButton>
 #include <QTemporaryDir>
 #include <cstdio>
 
@@ -30,16 +32,6 @@ public:
     void beep() override {}
     bool playSound(const QString&) override { return true; }
 };
-
-// Lets the window system lay out and paint, then saves the dialog as it looks.
-bool save(QWidget& dialog, const QDir& folder, const char* name) {
-    for (int i = 0; i < 20; ++i)
-        QApplication::processEvents();
-    const QString path = folder.filePath(QLatin1String(name));
-    const bool saved = dialog.grab().save(path);
-    std::printf("%s %s\n", saved ? "saved" : "could not save", qPrintable(path));
-    return saved;
-}
 
 } // namespace
 
@@ -62,54 +54,59 @@ int main(int argc, char** argv) {
     kx::SimPlate& plate = *driver.plate(QStringLiteral("20418"));
     const kx::ToolContext context{clock, prompt};
     bool ok = true;
+    // Lets the window system lay out and paint, then saves the dialog as it looks.
+    const auto save = [&](QWidget& dialog, const QString& name) {
+        for (int i = 0; i < 20; ++i)
+            QApplication::processEvents();
+        const QString path = folder.filePath(name + QStringLiteral(".png"));
+        const bool saved = dialog.grab().save(path);
+        std::printf("%s %s\n", saved ? "saved" : "could not save", qPrintable(path));
+        ok &= saved;
+    };
 
+    {
+        kx::frmScale scale(context); // zeroed empty, then weighing
+        scale.setDevice(&plate);
+        scale.show();
+        scale.cmdZero->click();
+        clock.advance(6000);
+        plate.loads().placePerson(72.5, 0.03, -0.02, kx::PlateLoads::Stance::Swaying, plate.now());
+        clock.advance(5000);
+        save(scale, QStringLiteral("frmScale"));
+    }
     {
         kx::frmZero zero(context);
         zero.txtDuration->setText(QStringLiteral("5"));
         zero.setDevice(&plate);
         zero.show();
         zero.cmdAcquire->click();
-        clock.advance(2000);
-        ok &= save(zero, folder, "frmZero-acquiring.png");
-        clock.advance(4000);
-        ok &= save(zero, folder, "frmZero.png");
-        zero.close();
+        clock.advance(6000);
+        save(zero, QStringLiteral("frmZero"));
     }
     {
-        plate.loads().placeWeight(20.0, 0.1, -0.05, plate.now());
         kx::frmMeter meter(context);
         meter.setDevice(&plate);
         meter.show();
         meter.cmdDisplay->click();
         clock.advance(2000);
-        ok &= save(meter, folder, "frmMeter.png");
-        meter.close();
-        plate.loads().removeAll(plate.now());
-        clock.advance(1000);
+        save(meter, QStringLiteral("frmMeter"));
     }
     {
-        kx::frmScale scale(context);
-        scale.setDevice(&plate);
-        scale.show();
-        ok &= save(scale, folder, "frmScale-opened.png");
-        scale.cmdZero->click();
-        clock.advance(2000);
-        ok &= save(scale, folder, "frmScale-zeroing.png");
-        clock.advance(4000);
-        plate.loads().placePerson(72.5, 0.0, 0.0, kx::PlateLoads::Stance::Standing, plate.now());
-        clock.advance(5000);
-        ok &= save(scale, folder, "frmScale.png");
-        scale.cmdZero->click();
-        clock.advance(1000);
-        driver.inject(QStringLiteral("20418"), kx::PlateFault::BufferOverRun);
-        ok &= save(scale, folder, "frmScale-overrun.png");
-        scale.close();
-    }
-    {
-        kx::frmScale scale(context);
-        scale.show();
-        ok &= save(scale, folder, "frmScale-no-platform.png");
-        scale.close();
+        plate.SetSampleFrequency(kx::Which::Current, 500);
+        kx::frmAcquire acquire(context);
+        acquire.setDevice(&plate);
+        acquire.show();
+        acquire.resize(1000, 700);
+        const char* names[] = {"forces", "voltages", "postural"};
+        for (std::size_t type = 0; type < 3; ++type) {
+            acquire.optSignal[type]->click();
+            if (!acquire.displaying())
+                acquire.cmdDisplay->click();
+            if (type == 2)
+                acquire.cmdCapture->click();
+            clock.advance(6000);
+            save(acquire, QStringLiteral("frmAcquire-") + QLatin1String(names[type]));
+        }
     }
     return ok ? 0 : 1;
 }

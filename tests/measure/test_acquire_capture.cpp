@@ -5,21 +5,24 @@
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
-#include <cmath>
 
 namespace kx::test {
 namespace {
 
 class AcquireCapture : public AcquireFixture {
 protected:
-    QString folder() const { return environment.documentsFolder(); }
+    QString folder() const { return bench.environment.documentsFolder(); }
     QString path(const char* name) const { return QDir(folder()).filePath(QLatin1String(name)); }
 
-    // One capture segment of `ms` milliseconds while the display runs.
+    // One capture segment of `ms` milliseconds while the display runs, red while it records.
     void capture(qint64 ms) {
         dialog->cmdCapture->click();
+        EXPECT_EQ(dialog->cmdCapture->text(), strings::text(4031));
+        EXPECT_EQ(chart(1).TraceColor(), QColor(255, 0, 0));
         advance(ms);
         dialog->cmdCapture->click();
+        EXPECT_EQ(dialog->cmdCapture->text(), strings::text(4030));
+        EXPECT_EQ(chart(1).TraceColor(), QColor(0, 255, 0));
         bench.clock.settle(); // the plate hands its block over after StopCapture returns
     }
 
@@ -34,31 +37,12 @@ protected:
         EXPECT_TRUE(f.open(QIODevice::ReadOnly));
         const QByteArray all = f.readAll();
         EXPECT_TRUE(all.endsWith("\r\n"));
+        EXPECT_EQ(all.count('\n') + all.count('\r'), 2 * all.count("\r\n")) << "only CR LF";
         QStringList result = QString::fromLatin1(all).split(QStringLiteral("\r\n"));
         result.removeLast();
-        for (const QString& line : result)
-            EXPECT_FALSE(line.contains(u'\n') || line.contains(u'\r'));
         return result;
     }
 };
-
-const QString Header = QStringLiteral("%Time(s), V1, V2, V3, Fz, Mx, My, CoPx, CoPy");
-const QString Separator = QStringLiteral("%NaN, NaN, NaN, NaN, NaN, NaN, NaN, NaN, NaN");
-
-TEST_F(AcquireCapture, CaptureTogglesCaptionsAndTraceColour) {
-    open();
-    dialog->cmdDisplay->click();
-    dialog->cmdCapture->click();
-    EXPECT_TRUE(dialog->capturing());
-    EXPECT_EQ(dialog->cmdCapture->text(), strings::text(4031));
-    EXPECT_EQ(dialog->lblCapture->text(), strings::text(4311));
-    EXPECT_EQ(chart(1).TraceColor(), QColor(255, 0, 0));
-    dialog->cmdCapture->click();
-    EXPECT_FALSE(dialog->capturing());
-    EXPECT_EQ(dialog->cmdCapture->text(), strings::text(4030));
-    EXPECT_EQ(dialog->lblCapture->text(), strings::text(4310));
-    EXPECT_EQ(chart(1).TraceColor(), QColor(0, 255, 0));
-}
 
 TEST_F(AcquireCapture, FileHoldsEverySegmentLineByLine) {
     setText("Last File Path", QStringLiteral("/nowhere/in/particular"));
@@ -81,17 +65,17 @@ TEST_F(AcquireCapture, FileHoldsEverySegmentLineByLine) {
     EXPECT_EQ(request.filter, strings::text(4520));
     EXPECT_EQ(request.filterIndex, 2);
     EXPECT_EQ(request.initialFolder, QStringLiteral("/nowhere/in/particular"));
-    EXPECT_TRUE(request.fileName.isEmpty());
     EXPECT_TRUE(request.overwritePrompt && request.pathMustExist && request.hideReadOnly &&
                 request.noReadOnlyReturn);
     EXPECT_FALSE(dialog->isVisible()) << "the dialog unloads once the file is written";
     EXPECT_EQ(text("Last File Path"), folder());
 
+    const QString separator = QStringLiteral("%NaN, NaN, NaN, NaN, NaN, NaN, NaN, NaN, NaN");
     const QStringList got = lines(file);
     ASSERT_EQ(got.size(), 1 + 1 + 300 + 1 + 200);
-    EXPECT_EQ(got[0], Header);
-    EXPECT_EQ(got[1], Separator);
-    EXPECT_EQ(got[302], Separator);
+    EXPECT_EQ(got[0], QStringLiteral("%Time(s), V1, V2, V3, Fz, Mx, My, CoPx, CoPy"));
+    EXPECT_EQ(got[1], separator);
+    EXPECT_EQ(got[302], separator);
     const QRegularExpression number(QStringLiteral("^-?\\d+\\.\\d{6}$"));
     for (int i = 2; i < got.size(); ++i) {
         if (i == 302)
@@ -107,46 +91,30 @@ TEST_F(AcquireCapture, FileHoldsEverySegmentLineByLine) {
             EXPECT_NEAR(fields[7].toDouble(), 0.1, 0.01);
             EXPECT_NEAR(fields[8].toDouble(), 0.05, 0.01);
         } else {
-            EXPECT_EQ(fields[7], QStringLiteral("NaN")) << "unloaded: no centre of pressure";
-            EXPECT_EQ(fields[8], QStringLiteral("NaN"));
+            EXPECT_EQ(fields[7] + fields[8], QStringLiteral("NaNNaN")) << "no centre of pressure";
         }
     }
 }
 
-TEST_F(AcquireCapture, ClosingWithAnEmptyTableAsksNothing) {
-    open();
-    dialog->cmdOK->click();
-    EXPECT_TRUE(prompt.dialogs.empty());
-    EXPECT_FALSE(dialog->isVisible());
-}
-
-TEST_F(AcquireCapture, CancellingTheFileDialogKeepsTheDialogAndItsTable) {
-    open();
-    dialog->cmdDisplay->click();
-    capture(100);
-    dialog->cmdOK->click(); // no answer queued: cancelled
-    EXPECT_TRUE(dialog->isVisible());
-    EXPECT_EQ(dialog->captureTable().rowCount(), 101);
-}
-
-TEST_F(AcquireCapture, AFailedSaveTellsTheUserKeepsTheTableAndOffersAnotherPlace) {
+TEST_F(AcquireCapture, CancelledOrFailedSavesKeepTheDialogAndItsTable) {
     open();
     dialog->cmdDisplay->click();
     capture(250);
+    dialog->cmdOK->click(); // no answer queued: cancelled
+    EXPECT_TRUE(dialog->isVisible());
+
     const QString gone = QDir(folder()).filePath(QStringLiteral("gone/run.txt"));
-    const QString good = path("second try.txt");
     prompt.fileAnswers.push_back(gone);
     prompt.fileAnswers.push_back(std::nullopt); // the user thinks twice
     dialog->cmdOK->click();
     waitForSave();
     ASSERT_EQ(prompt.messages.size(), 1);
-    EXPECT_FALSE(prompt.messages[0].isEmpty());
-    EXPECT_EQ(prompt.dialogs.size(), 2u) << "the file dialog is offered again";
+    EXPECT_EQ(prompt.dialogs.size(), 3u) << "the file dialog is offered again after the failure";
     EXPECT_TRUE(dialog->isVisible());
     EXPECT_EQ(dialog->captureTable().rowCount(), 251);
-    EXPECT_FALSE(QFile::exists(gone));
     EXPECT_TRUE(dialog->cmdOK->isEnabled());
 
+    const QString good = path("second try.txt");
     saveAs(good);
     EXPECT_FALSE(dialog->isVisible());
     EXPECT_EQ(lines(good).size(), 1 + 251);
@@ -155,16 +123,8 @@ TEST_F(AcquireCapture, AFailedSaveTellsTheUserKeepsTheTableAndOffersAnotherPlace
 }
 
 TEST_F(AcquireCapture, NumpyLoadsTheFileUnchanged) {
-    QString python;
-    for (const QString& candidate :
-         {QStringLiteral("/usr/bin/python3"), QStringLiteral("python3")}) {
-        if (QProcess::execute(candidate, {QStringLiteral("-c"), QStringLiteral("import numpy")}) ==
-            0) {
-            python = candidate;
-            break;
-        }
-    }
-    if (python.isEmpty())
+    const QString python = QStringLiteral("python3");
+    if (QProcess::execute(python, {QStringLiteral("-c"), QStringLiteral("import numpy")}) != 0)
         GTEST_SKIP() << "python3 with numpy (Debian's python3-numpy) is not installed";
     open();
     placeWeight(45);
@@ -197,10 +157,8 @@ TEST_F(AcquireCapture, DriftAveragesOneSecondPerPointAt1000Hz) {
     placeWeight(70, 0.05, 0.1);
     advance(1000);
     dialog->cmdDrift->click();
-    EXPECT_TRUE(dialog->drifting());
     EXPECT_EQ(dialog->cmdDrift->text(), strings::text(4041));
     EXPECT_FALSE(dialog->cmdDisplay->isEnabled());
-    EXPECT_TRUE(dialog->cmdCapture->isEnabled());
     EXPECT_EQ(dialog->lblCapture->text(), strings::text(4311)) << "the label runs ahead";
     EXPECT_FALSE(dialog->capturing());
     EXPECT_FLOAT_EQ(chart(0).SampleRate(), 1.0f);
@@ -215,41 +173,24 @@ TEST_F(AcquireCapture, DriftAveragesOneSecondPerPointAt1000Hz) {
     EXPECT_TRUE(table.row(5).isSeparator());
     for (qint32 r = 0; r < 5; ++r) {
         EXPECT_NEAR(table.row(r).forces[0], -70 * 9.80665, 5.0);
-        EXPECT_FLOAT_EQ(table.row(r).postural[0], table.row(r).forces[0]);
         EXPECT_NEAR(table.row(r).postural[1], 0.05, 0.005);
         EXPECT_NEAR(table.row(r).postural[2], 0.1, 0.005);
     }
-    EXPECT_NEAR(chart(0).Mean(), -70 * 9.80665, 5.0);
 
     dialog->cmdDrift->click();
-    EXPECT_FALSE(dialog->drifting());
     EXPECT_TRUE(dialog->cmdDisplay->isEnabled());
-    EXPECT_FALSE(dialog->cmdCapture->isEnabled());
     EXPECT_EQ(dialog->lblCapture->text(), strings::text(4310));
 }
 
-TEST_F(AcquireCapture, DriftLeftRunningOnCloseKeepsThePlateStreaming) {
+TEST_F(AcquireCapture, ClosingDuringADriftAsksNothingAndLeavesThePlateStreaming) {
     open(100);
     dialog->cmdDrift->click();
-    dialog->close();
+    dialog->cmdOK->click(); // an empty table: nothing to save
+    EXPECT_TRUE(prompt.dialogs.empty());
+    EXPECT_FALSE(dialog->isVisible());
     ForcesRecorder recorder(plate, bench.clock);
     advance(1000);
     EXPECT_GE(recorder.samples.size(), 99u);
-}
-
-TEST_F(AcquireCapture, DriftRowsOfAnUnloadedPlateHaveNoCentreOfPressure) {
-    open(100);
-    dialog->cmdDrift->click();
-    dialog->cmdCapture->click();
-    advance(3000);
-    const QString file = path("drift.txt");
-    dialog->cmdCapture->click();
-    saveAs(file);
-    const QStringList got = lines(file);
-    ASSERT_EQ(got.size(), 1 + 3 + 1);
-    EXPECT_TRUE(got[1].startsWith(QStringLiteral("0.010000, "))) << "timed as single samples";
-    EXPECT_TRUE(got[3].endsWith(QStringLiteral(", NaN, NaN")));
-    EXPECT_EQ(got[4], Separator);
 }
 
 } // namespace

@@ -9,43 +9,20 @@
 namespace kx {
 namespace {
 
-TEST(RefreshThrottle, DueOnlyWhenMoreThanTheIntervalHasPassed) {
-    RefreshThrottle throttle;
-    EXPECT_TRUE(throttle.due(1000, 500.0)) << "the first refresh";
-    EXPECT_FALSE(throttle.due(1400, 500.0));
-    EXPECT_FALSE(throttle.due(1500, 500.0)) << "exactly the interval";
-    EXPECT_TRUE(throttle.due(1501, 500.0));
-    EXPECT_FALSE(throttle.due(1501, 500.0));
-    EXPECT_FALSE(throttle.due(1509, 8.5));
-    EXPECT_TRUE(throttle.due(1510, 8.5));
-}
-
-TEST(RefreshThrottle, SurvivesTheTickCountWrapping) {
+TEST(RefreshThrottle, DueOnlyWhenMoreThanTheIntervalHasPassedAcrossTheTickCountWrapping) {
     RefreshThrottle throttle;
     const quint32 nearEnd = std::numeric_limits<quint32>::max() - 100;
-    EXPECT_TRUE(throttle.due(nearEnd, 200.0));
-    EXPECT_FALSE(throttle.due(nearEnd + 200u, 200.0)); // wrapped to 99
+    EXPECT_TRUE(throttle.due(nearEnd, 200.0)) << "the first refresh";
+    EXPECT_FALSE(throttle.due(nearEnd + 200u, 200.0)) << "exactly the interval, wrapped to 99";
     EXPECT_TRUE(throttle.due(nearEnd + 201u, 200.0));
-}
-
-TEST(MeterReadout, EachSpeedStepDoublesThePeriod) {
-    EXPECT_EQ(meterPeriodMs(200, meterspeed::Fast), 100.0);
-    EXPECT_EQ(meterPeriodMs(200, meterspeed::Medium), 200.0);
-    EXPECT_EQ(meterPeriodMs(200, meterspeed::Slow), 400.0);
-    EXPECT_EQ(meterPeriodMs(17, meterspeed::Fast), 8.5);
+    EXPECT_FALSE(throttle.due(nearEnd + 209u, 8.5));
+    EXPECT_TRUE(throttle.due(nearEnd + 210u, 8.5));
 }
 
 TEST(MeterReadout, LinesCarryTheSignAndSixDecimals) {
     EXPECT_EQ(meterLine(2, -0.001234), QStringLiteral("Ch2 -0.001234 VDC"));
     EXPECT_EQ(meterLine(1, 0.0123456), QStringLiteral("Ch1 +0.012346 VDC"));
-    EXPECT_EQ(meterLine(3, 0.0), QStringLiteral("Ch3 +0.000000 VDC"));
     EXPECT_EQ(meterLine(3, -0.0000004), QStringLiteral("Ch3 +0.000000 VDC"));
-}
-
-TEST(ZeroStatistics, CodesAreVoltsOnA24BitScaleWhateverTheResolution) {
-    EXPECT_EQ(zeroCodesToVolts(16777216.0), 10.0);
-    EXPECT_EQ(zeroCodesToVolts(-8388608.0), -5.0);
-    EXPECT_NEAR(zeroCodesToVolts(12345.0), 0.0073582, 1e-7);
 }
 
 TEST(ZeroStatistics, SignalToNoiseDependsOnTheFirmware) {

@@ -79,12 +79,6 @@ public:
     int remaining = 0;
 };
 
-void expectSameState(const WeightAverager& ring, const ShiftingWindow& shifting) {
-    ASSERT_EQ(ring.count(), shifting.n);
-    ASSERT_EQ(ring.sum(), shifting.S);
-    ASSERT_EQ(ring.sumOfSquares(), shifting.Q);
-}
-
 void expectSameWindow(const WeightAverager& ring, const ShiftingWindow& shifting) {
     for (int age = 0; age < ring.length(); ++age)
         ASSERT_EQ(ring.at(age), shifting.window[static_cast<std::size_t>(age)]) << age;
@@ -114,68 +108,23 @@ TEST_P(AveragerMatchesShiftingWindow, OverLongRandomSequences) {
             shifting.add(x);
             restarts += ring.count() < std::min(before + 1, length) ? 1 : 0;
             full += before == length ? 1 : 0;
-            ASSERT_NO_FATAL_FAILURE(expectSameState(ring, shifting)) << "sample " << i;
+            ASSERT_EQ(ring.count(), shifting.n) << "sample " << i;
+            ASSERT_EQ(ring.sum(), shifting.S) << "sample " << i;
+            ASSERT_EQ(ring.sumOfSquares(), shifting.Q) << "sample " << i;
             ASSERT_EQ(ring.weight(), -shifting.S / static_cast<float>(shifting.n));
             if (i % 9973 == 0) {
                 ASSERT_NO_FATAL_FAILURE(expectSameWindow(ring, shifting)) << "sample " << i;
             }
         }
-        expectSameWindow(ring, shifting);
         // The sequence must exercise both the restarts and the full window (a window of one
         // never restarts: its mean is its sample).
-        if (length > 1) {
-            EXPECT_GT(restarts, 20);
-        }
+        EXPECT_GT(restarts, length > 1 ? 20 : -1);
         EXPECT_GT(full, samples / 4);
     }
 }
 
 INSTANTIATE_TEST_SUITE_P(WindowLengths, AveragerMatchesShiftingWindow,
                          testing::Values(1, 2, 3, 17, 64, 3840));
-
-TEST(WeightAverager, FirstSampleAfterAResetShowsExactlyItsWeight) {
-    WeightAverager averager(3840, 5.0f);
-    averager.add(-12.0f);
-    averager.add(-12.5f);
-    averager.reset();
-    averager.add(-70.3f);
-    EXPECT_EQ(averager.count(), 1);
-    EXPECT_EQ(averager.weight(), 70.3f);
-}
-
-TEST(WeightAverager, OnlyADeviationAboveTheResetDifferenceRestarts) {
-    // Four samples at -100, then one whose deviation from the mean including it is 5 N.
-    for (const auto& [step, restarts] : {std::pair{-106.25f, false}, std::pair{-106.3f, true},
-                                         std::pair{-93.75f, false}, std::pair{-93.7f, true}}) {
-        WeightAverager averager(3840, 5.0f);
-        for (int i = 0; i < 4; ++i)
-            averager.add(-100.0f);
-        averager.add(step);
-        EXPECT_EQ(averager.count(), restarts ? 1 : 5) << step;
-        if (restarts) {
-            EXPECT_EQ(averager.weight(), -static_cast<double>(step));
-        }
-    }
-}
-
-TEST(WeightAverager, ARestartLeavesTheWindowsStaleValuesBehind) {
-    WeightAverager averager(3, 5.0f);
-    averager.add(-1.0f);
-    averager.add(-2.0f);
-    averager.add(-3.0f);
-    averager.add(-500.0f);
-    EXPECT_EQ(averager.count(), 1);
-    EXPECT_EQ(averager.at(0), -500.0f);
-    EXPECT_EQ(averager.at(1), -3.0f);
-    EXPECT_EQ(averager.at(2), -2.0f);
-    // Nothing leaves the sums until the count is back at the length.
-    averager.add(-500.0f);
-    averager.add(-500.0f);
-    EXPECT_EQ(averager.sum(), -1500.0);
-    averager.add(-501.0f);
-    EXPECT_EQ(averager.sum(), -1501.0);
-    EXPECT_EQ(averager.count(), 3);
-}
 
 } // namespace
 } // namespace kx
