@@ -1,4 +1,4 @@
-#include "MainWindowFixture.h"
+#include "MainWindowBench.h"
 #include "app/ZeroPanel.h"
 #include "measure/frmAcquire.h"
 #include "measure/frmZero.h"
@@ -11,7 +11,7 @@
 namespace kx::test {
 namespace {
 
-class DialogsInMainWindow : public MainWindowFixture {
+class DialogsInMainWindow : public MainWindowBench {
 protected:
     // Clicks the main window's `button` and returns the dialog it opened.
     template <class Dialog>
