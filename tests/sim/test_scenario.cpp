@@ -3,7 +3,6 @@
 
 #include <QBuffer>
 #include <QDir>
-#include <QRegularExpression>
 #include <gtest/gtest.h>
 
 using kx::PlateDevice;
@@ -26,8 +25,6 @@ std::optional<Scenario> parse(const QString& text, QString* error = nullptr) {
         *error = reader.errorString();
     return scenario;
 }
-
-const char* const TwoPlates = "[plate a]\nserial = 20418\n[plate b]\nserial = 11093\n";
 
 } // namespace
 
@@ -63,13 +60,8 @@ plugged = no
 [events]
 at 1.5 s: load 25 kg at (0.1, -0.2) on P-1
 at 2 min 3 s: person 70 kg swaying on p-1
-At 3 S: Person 55.5 kg at (-0.1, 0.3) on P-1
-at 250 ms: unload P-1
-at 4 s: unplug P-1
-at 5 s: plug in P-1
+At 250 MS: unplug P-1
 at 6 s: buffer overrun on P-1 after 500 samples
-at 7 s: not responding on P-1
-at 8 s: fail next call on P-1
 at 9 s: fail SetGageVoltage on P-1 with "bridge supply fault"
 at 1 h: recover P-1
 )"));
@@ -88,30 +80,22 @@ at 1 h: recover P-1
     EXPECT_FALSE(p.calibrated || p.plugged);
 
     const QList<Scenario::Event>& e = scenario->events;
-    // clang-format off
     const std::pair<qint64, Action> expected[] = {
-        {1500, Action::PlaceWeight}, {123000, Action::PlacePerson}, {3000, Action::PlacePerson},
-        {250, Action::Unload}, {4000, Action::Unplug}, {5000, Action::PlugIn},
-        {6000, Action::Fault}, {7000, Action::Fault}, {8000, Action::FailNextCall},
-        {9000, Action::FailOperation}, {3600000, Action::Recover}};
-    // clang-format on
-    ASSERT_EQ(e.size(), 11);
-    for (int i = 0; i < 11; ++i) {
-        EXPECT_EQ(e[i].atMs, expected[i].first) << i;
-        EXPECT_EQ(e[i].action, expected[i].second) << i;
+        {1500, Action::PlaceWeight}, {123000, Action::PlacePerson}, {250, Action::Unplug},
+        {6000, Action::Fault},       {9000, Action::FailOperation}, {3600000, Action::Recover}};
+    ASSERT_EQ(e.size(), 6);
+    for (int i = 0; i < 6; ++i) {
+        EXPECT_EQ(std::pair(e[i].atMs, e[i].action), expected[i]) << i;
         EXPECT_EQ(e[i].line, 18 + i) << i;
         EXPECT_EQ(e[i].serial, "P-1") << i;
     }
     EXPECT_EQ(std::tuple(e[0].kilograms, e[0].x, e[0].y), std::tuple(25.0, 0.1, -0.2));
     EXPECT_EQ(e[1].stance, kx::PlateLoads::Stance::Swaying);
     EXPECT_EQ(e[1].y, 0.178); // the middle of the top
-    EXPECT_EQ(e[2].stance, kx::PlateLoads::Stance::Standing);
-    EXPECT_EQ(e[2].kilograms, 55.5);
-    EXPECT_EQ(e[6].fault, PlateFault::BufferOverRun);
-    EXPECT_EQ(e[6].afterSamples, 500);
-    EXPECT_EQ(e[7].fault, PlateFault::NotResponding);
-    EXPECT_EQ(e[9].operation, "SetGageVoltage");
-    EXPECT_EQ(e[9].message, "bridge supply fault");
+    EXPECT_EQ(std::pair(e[3].fault, e[3].afterSamples),
+              std::pair(PlateFault::BufferOverRun, qint64(500)));
+    EXPECT_EQ(e[4].operation, "SetGageVoltage");
+    EXPECT_EQ(e[4].message, "bridge supply fault");
 }
 
 TEST(ScenarioReader, MalformedFilesAreRejectedNamingTheLine) {
@@ -124,13 +108,9 @@ TEST(ScenarioReader, MalformedFilesAreRejectedNamingTheLine) {
         {"[plates]\n", 1, "Unknown section"},
         {"[plate a]\nserial = 1\ncolour = red\n", 3, "Unknown key \"colour\""},
         {"\n\n[plate a]\nseed = 3\n[events]\n", 3, "has no serial"},
-        {"[plate a]\nserial = 1\n[plate b]\nserial = 1\n", 3, "second plate"},
-        {"[plate a]\nserial = 1\nnoise = loud\n", 3, "\"loud\" is not a number"},
         {"[plate a]\nserial = 1\nmatrix = 1 2 3; 2 4 6; 0 0 1\n", 3, "singular"},
         {"[plate a]\nserial = 1\n[events]\nat 5 s: dance on 1\n", 4, "Cannot understand"},
-        {"[plate a]\nserial = 1\n[events]\nat soon: unplug 1\n", 4, "not a time"},
         {"[plate a]\nserial = 1\n[events]\n# ok\nat 5 s: unplug 2\n", 5, "No plate with serial 2"},
-        {"[site]\ngravity = -9.8\n", 2, "positive"},
     };
     for (const auto& c : cases) {
         QString error;
@@ -144,26 +124,12 @@ TEST(ScenarioReader, MalformedFilesAreRejectedNamingTheLine) {
     EXPECT_TRUE(reader.errorString().startsWith("/nonexistent/bench.scenario: "));
 }
 
-TEST(ScenarioReader, EveryEventInTheHelpParses) {
-    const QString help = ScenarioReader::formatHelp();
-    QString events = QString::fromLatin1(TwoPlates) + QStringLiteral("[events]\n");
-    int count = 0;
-    for (const QString& line : help.split(QLatin1Char('\n'))) {
-        if (!line.trimmed().startsWith(QLatin1String("at ")))
-            continue;
-        // The help's own comments stand beside the examples after two spaces or more.
-        events += line.trimmed().split(QRegularExpression(QStringLiteral("\\s{2,}")))[0] + '\n';
-        ++count;
-    }
-    EXPECT_GE(count, 9);
-    QString error;
-    const auto scenario = parse(events, &error);
-    ASSERT_TRUE(scenario) << error.toStdString();
-    EXPECT_EQ(scenario->events.size(), count);
-}
-
 TEST(Scenario, EventsHappenAtTheirTimes) {
-    auto scenario = parse(QString::fromLatin1(TwoPlates) + QStringLiteral(R"([events]
+    auto scenario = parse(QStringLiteral(R"([plate a]
+serial = 20418
+[plate b]
+serial = 11093
+[events]
 at 1 s: load 50 kg at (0, 0.2) on 20418
 at 2 s: unload 20418
 at 3 s: read time-out on 20418 after 150 samples
