@@ -44,15 +44,6 @@ TEST(FileDialogSetup, RequestOptionsReachTheDialog) {
     EXPECT_EQ(save.defaultSuffix(), QStringLiteral("txt"));
     EXPECT_EQ(save.directory().path(), folder.path());
     EXPECT_FALSE(save.testOption(QFileDialog::DontConfirmOverwrite));
-
-    request.overwritePrompt = false;
-    request.fileMustExist = true;
-    request.filterIndex = 9; // out of range: the first filter
-    QFileDialog open;
-    setUpFileDialog(open, request, QFileDialog::AcceptOpen);
-    EXPECT_EQ(open.fileMode(), QFileDialog::ExistingFile);
-    EXPECT_EQ(open.selectedNameFilter(), QStringLiteral("All Files (*)"));
-    EXPECT_TRUE(open.testOption(QFileDialog::DontConfirmOverwrite));
 }
 
 } // namespace
