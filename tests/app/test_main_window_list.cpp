@@ -47,8 +47,6 @@ TEST_F(MainWindowList, EveryInputCarriesAnAccessibleName) {
     }
     EXPECT_EQ(box(QStringLiteral("txtSampFreqCurr"))->accessibleName(),
               QStringLiteral("Sampling Freq (Hz) Current"));
-    EXPECT_EQ(box(QStringLiteral("txtDecimationDef"))->accessibleName(),
-              QStringLiteral("Turbo/Dec Rate Default (decimation)"));
 }
 
 struct Gesture {

@@ -92,6 +92,7 @@ TEST(CaptureFile, DriftRowsAreTimedAsSingleSamples) {
 }
 
 enum class Failure { MissingFolder, ReadOnlyFolder, DiskFull };
+constexpr const char* kFailureNames[] = {"MissingFolder", "ReadOnlyFolder", "DiskFull"};
 
 class FailedSave : public testing::TestWithParam<Failure> {};
 
@@ -137,7 +138,8 @@ TEST_P(FailedSave, ReportsWhyAndLeavesNoFileAndTheTableWhole) {
 
 INSTANTIATE_TEST_SUITE_P(Causes, FailedSave,
                          testing::Values(Failure::MissingFolder, Failure::ReadOnlyFolder,
-                                         Failure::DiskFull));
+                                         Failure::DiskFull),
+                         [](const auto& p) { return std::string(kFailureNames[int(p.param)]); });
 
 TEST(CaptureFile, LoadsUnchangedWithNumpy) {
     // The system's interpreter first: that is the one Debian's python3-numpy serves, while

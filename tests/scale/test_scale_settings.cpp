@@ -33,11 +33,6 @@ TEST(ScaleSettings, SavedAsWholeNumbersRoundedHalfToEvenWithDurationsInMilliseco
     EXPECT_EQ(stored(kScaleKey, "Frequency (Hz)"), 100);
     EXPECT_EQ(stored(kScaleKey, "Average Reset Difference (N)"), 4);
     EXPECT_EQ(ScaleSettings::load().ZeroDuration, 2.5f);
-
-    for (const auto& [value, enabled] : {std::pair{7, true}, std::pair{0, false}}) {
-        SaveSettingLong(User, QLatin1String(kScaleAutozeroKey), QStringLiteral("Enabled"), value);
-        EXPECT_EQ(ScaleSettings::load().AutoZeroEnabled, enabled) << value;
-    }
 }
 
 } // namespace
