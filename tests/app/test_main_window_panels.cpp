@@ -4,7 +4,6 @@
 #include "support/Settings.h"
 #include "support/SettingsKeys.h"
 
-#include <QCheckBox>
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTest>
@@ -52,9 +51,6 @@ INSTANTIATE_TEST_SUITE_P(
     MainWindow, ConverterEdits,
     ::testing::Values(
         ConverterEdit{"GageZero", "txtAVoltageCurr", "0", 0.01f, {{"txtAVoltageCurr", "0.010"}}},
-        ConverterEdit{"GageNegative", "txtAVoltageDef", "-3", 0.01f, {{"txtAVoltageDef", "0.010"}}},
-        ConverterEdit{
-            "GageSmall", "txtAVoltageCurr", "0.005", 0.005f, {{"txtAVoltageCurr", "0.005"}}},
         ConverterEdit{"GageAboveFive", "txtAVoltageCurr", "5.5", 5, {{"txtAVoltageCurr", "5.000"}}},
         ConverterEdit{"SamplingTooHigh",
                       "txtSampFreqCurr",
@@ -64,34 +60,12 @@ INSTANTIATE_TEST_SUITE_P(
                        {"txt3dBFreqCurr", "262.000"},
                        {"txtTurboCurr", "1"},
                        {"txtDecimationCurr", "72"}}},
-        ConverterEdit{"SamplingTooLow",
-                      "txtSampFreqCurr",
-                      "1",
-                      9,
-                      {{"txtSampFreqCurr", "9.000"}, {"txt3dBFreqCurr", "2.358"}}},
-        ConverterEdit{"SamplingDefaultLeavesCurrent",
-                      "txtSampFreqDef",
-                      "20000",
-                      1000,
-                      {{"txtSampFreqDef", "1000.000"}, {"txtSampFreqCurr", "100.000"}}},
         ConverterEdit{"CutoffTooLow",
                       "txt3dBFreqCurr",
                       "1",
                       2.358f,
                       {{"txt3dBFreqCurr", "2.358"}, {"txtSampFreqCurr", "9.000"}}},
-        ConverterEdit{"CutoffTooHigh",
-                      "txt3dBFreqCurr",
-                      "500",
-                      262,
-                      {{"txt3dBFreqCurr", "262.000"}, {"txtSampFreqCurr", "1000.000"}}},
-        ConverterEdit{"TurboAboveSixteen",
-                      "txtTurboCurr",
-                      "99",
-                      16,
-                      {{"txtTurboCurr", "16"}, {"txtSampFreqCurr", "1600.000"}}},
-        ConverterEdit{"TurboNotWrapped", "txtTurboCurr", "65537", 16, {{"txtTurboCurr", "16"}}},
-        ConverterEdit{
-            "DecimationBelowTwenty", "txtDecimationDef", "3", 20, {{"txtDecimationDef", "20"}}}),
+        ConverterEdit{"TurboNotWrapped", "txtTurboCurr", "65537", 16, {{"txtTurboCurr", "16"}}}),
     [](const auto& param) { return std::string(param.param.name); });
 
 qint32 storedResolutionSetting() {
@@ -140,21 +114,6 @@ TEST_F(MainWindowPanels, GageVoltageZeroIsRepairedOnSelection) {
     EXPECT_FLOAT_EQ(plate(Fw1Plate)->GageVoltage(Which::Current), 0.01f);
 }
 
-TEST_F(MainWindowPanels, StoringDefaultsCopiesTheCurrentValues) {
-    start();
-    type(QStringLiteral("txtSampFreqCurr"), QStringLiteral("200"));
-    control<QPushButton>(QStringLiteral("cmdStoreDefParam"))->click();
-    EXPECT_EQ(text(QStringLiteral("txtSampFreqDef")), QStringLiteral("200.000"));
-    EXPECT_EQ(text(QStringLiteral("txt3dBFreqDef")), QStringLiteral("52.400"));
-
-    type(QStringLiteral("txtZeroCurr0"), QStringLiteral("1234"));
-    box(QStringLiteral("txtZeroCurr1"))->clear();
-    control<QPushButton>(QStringLiteral("cmdStoreDefZero"))->click();
-    EXPECT_EQ(selectedPlate()->ZeroValue(0, Which::Default), 1234);
-    EXPECT_EQ(selectedPlate()->ZeroValue(1, Which::Default), 0);
-    EXPECT_EQ(text(QStringLiteral("txtZeroCurr1")), QStringLiteral("0"));
-}
-
 struct ZeroEdit {
     const char* name;
     bool firmware2;
@@ -178,9 +137,7 @@ TEST_P(ZeroRange, FollowsTheFirmware) {
 INSTANTIATE_TEST_SUITE_P(MainWindow, ZeroRange,
                          ::testing::Values(ZeroEdit{"NegativeOnFirmware1", false, "-5", 0},
                                            ZeroEdit{"NegativeOnFirmware2", true, "-5", -5},
-                                           ZeroEdit{"LargeOnFirmware1", false, "9000000", 9000000},
                                            ZeroEdit{"LargeOnFirmware2", true, "9000000", 8388607},
-                                           ZeroEdit{"AboveU24", false, "16777216", 16777215},
                                            ZeroEdit{"BelowS24", true, "-9000000", -8388608},
                                            ZeroEdit{"NotWrapped", true, "4294967295", 8388607}),
                          [](const auto& param) { return std::string(param.param.name); });
@@ -259,35 +216,6 @@ TEST_F(ServiceLayout, EmptyCountersAndDateAreFilledWhenSet) {
     click("cmdSetCounters");
     EXPECT_FLOAT_EQ(plate.MatrixElement(0, 3), 45351.0f);
     EXPECT_EQ(text(QStringLiteral("txtAppLastDate")), formatShortDate(QDate(2024, 2, 29)));
-}
-
-TEST_F(ServiceLayout, SwitchesWriteAtOnceAndAFailedWriteShowsThePlate) {
-    SimPlate& plate = *selectedPlate();
-    const std::pair<const char*, std::function<bool()>> switches[] = {
-        {"chkPolled", [&] { return plate.Polled(0); }},
-        {"chkADSleep", [&] { return plate.ConverterSleep(0); }},
-        {"chkBkgCal", [&] { return plate.BackgroundCalibration(); }},
-        {"chkPowerON", [&] { return plate.PowerOn(0); }}};
-    for (const auto& [name, read] : switches) {
-        const bool before = read();
-        click(name);
-        EXPECT_EQ(read(), !before) << name;
-    }
-    auto* polled = control<QCheckBox>(QStringLiteral("chkPolled"));
-    plate.failures().failNextCall(QStringLiteral("Polled refused"));
-    polled->click();
-    EXPECT_EQ(prompt.messages, QStringList{QStringLiteral("Polled refused")});
-    EXPECT_EQ(polled->isChecked(), plate.Polled(0));
-}
-
-TEST_F(ServiceLayout, ConverterCommandsReachThePlate) {
-    QStringList operations{QStringLiteral("CalibrateSelf"), QStringLiteral("CalibrateOffset"),
-                           QStringLiteral("CalibrateFullScale"), QStringLiteral("CalibratePseudo")};
-    for (const QString& operation : operations)
-        selectedPlate()->failures().failEveryCall(operation, operation);
-    for (const char* name : {"cmdCalSelf", "cmdCalOffset", "cmdCalFullScale", "cmdPseudo"})
-        click(name);
-    EXPECT_EQ(prompt.messages, operations);
 }
 
 TEST_F(MainWindowPanels, AFailedPlateCallIsReportedAndTheWindowStaysUsable) {

@@ -68,34 +68,6 @@ TEST_F(MainWindowTools, ExtendedInformationNeedsFirmware2AndLearnsTheServiceFlag
     EXPECT_FALSE(info->isVisibleTo(window.get()));
 }
 
-TEST_F(MainWindowTools, UnpluggingCloses) {
-    start();
-    // A streaming dialog half a second after its box, a maintenance dialog at once.
-    addBenchTool(window->cmdScale, strings::ScaleBlock);
-    window->cmdScale->click();
-    EXPECT_EQ(shownDialog<ToolDialog>(), dialog.data())
-        << "a second registration replaces the first";
-    sim->unplug(Fw2Plate);
-    EXPECT_EQ(prompt.messages, QStringList{strings::text(3920)});
-    clock.advance(499);
-    EXPECT_TRUE(dialog->isVisible());
-    clock.advance(1);
-    EXPECT_FALSE(dialog->isVisible());
-    EXPECT_TRUE(window->isVisible());
-    EXPECT_TRUE(window->isEnabled());
-    EXPECT_EQ(entries(), QStringList{Fw1Plate});
-
-    addBenchTool(window->cmdProgramID, strings::ProgramIdBlock);
-    enterServiceMode();
-    select(Fw1Plate);
-    window->cmdProgramID->click();
-    sim->unplug(Fw1Plate);
-    EXPECT_EQ(prompt.messages.last(), strings::text(5920));
-    EXPECT_FALSE(dialog->isVisible());
-    EXPECT_TRUE(window->isVisible());
-    EXPECT_EQ(prompt.messages.size(), 2);
-}
-
 TEST_F(MainWindowTools, UnloadClosesTheDialogAndDropsTheDriver) {
     start();
     QPointer<SimDriver> driver = sim;

@@ -53,12 +53,5 @@ TEST_F(Encoder, UnpluggingWhilePollingShowsOneMessageAndClosesHalfASecondLater) 
     EXPECT_EQ(prompt.messages.size(), 1);
 }
 
-TEST_F(Encoder, AFailingRequestIsReportedOnce) {
-    openDialog(plate);
-    plate->failures().failEveryCall(QStringLiteral("RequestEncoder"), QStringLiteral("No answer."));
-    clock.advance(10 * Period);
-    EXPECT_EQ(prompt.messages, QStringList{QStringLiteral("No answer.")});
-}
-
 } // namespace
 } // namespace kx

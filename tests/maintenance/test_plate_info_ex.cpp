@@ -54,8 +54,7 @@ TEST_F(PlateInfoEx, ShowsTheRecordAndForgetsItForAPlateWithoutValidDates) {
 
 TEST_F(PlateInfoEx, TimeInServiceIsSplitIntoHoursMinutesSeconds) {
     for (const auto& [seconds, expected] :
-         {std::pair{3599, "0h 59m 59s "}, std::pair{3600, "1h 0m 0s "},
-          std::pair{25 * 3600 + 61, "25h 1m 1s "}}) {
+         {std::pair{3599, "0h 59m 59s "}, std::pair{3600, "1h 0m 0s "}}) {
         plate->ExecuteCommand(-1, 158);
         clock.advance(seconds * qint64{1000});
         EXPECT_EQ(open(plate, false).lblTimeOnTxt->text(), expected);

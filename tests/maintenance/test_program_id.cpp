@@ -5,7 +5,6 @@
 
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTest>
 
 namespace kx {
 namespace {
@@ -52,14 +51,6 @@ TEST_F(ProgramID, AValueAboveFFIsRefusedAndNothingIsWritten) {
     ASSERT_EQ(prompt.messages.size(), 1);
     EXPECT_TRUE(prompt.messages[0].contains(QStringLiteral("Device ID, second byte")));
     EXPECT_EQ(d.txtDID[1]->selectedText(), "100");
-}
-
-TEST_F(ProgramID, BoxesTakeOnlyHexadecimalDigitsInUpperCase) {
-    QLineEdit* box = openDialog(plate2).txtVID[0];
-    test::retype(box, QStringLiteral("g1 z-x.aH&"));
-    EXPECT_EQ(box->text(), "1A");
-    QTest::keyClick(box, Qt::Key_Backspace); // editing keys still work
-    EXPECT_EQ(box->text(), "1");
 }
 
 TEST_F(ProgramID, PresetsFollowTheFirmwareAndWriteNothing) {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "DialogBench.h"
+#include "DialogFixture.h"
 #include "measure/StripChart.h"
 #include "measure/frmAcquire.h"
 #include "support/Settings.h"
@@ -13,12 +13,13 @@
 
 namespace kx::test {
 
-// The real signals display on plate 20418 sampling at `hertz`.
-class AcquireFixture : public ToolFixture<frmAcquire> {
+// The real signals display on plate 20418 sampling at `hertz`, counting the samples it sends.
+class AcquireFixture : public DialogFixture<frmAcquire> {
 protected:
     void open(float hertz = 1000) {
         plate.SetSampleFrequency(Which::Current, hertz);
-        ToolFixture::open(&plate);
+        QObject::connect(&plate, &PlateDevice::ForcesIn, [this] { ++samples; });
+        openDialog(&plate);
     }
 
     static void setNumber(const char* name, qint32 value) {
@@ -28,10 +29,6 @@ protected:
     static void setText(const char* name, const QString& value) {
         SaveSettingString(SettingsRoot::CurrentUser, QLatin1String(kAcquisitionKey),
                           QLatin1String(name), value);
-    }
-    static qint32 number(const char* name) {
-        return GetSettingLong(SettingsRoot::CurrentUser, QLatin1String(kAcquisitionKey),
-                              QLatin1String(name), -12345);
     }
     static QString text(const char* name) {
         return GetSettingString(SettingsRoot::CurrentUser, QLatin1String(kAcquisitionKey),
@@ -51,6 +48,9 @@ protected:
         while (dialog->saving())
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
+
+    SimPlate& plate = openDefaultPlates();
+    int samples = 0;
 };
 
 } // namespace kx::test

@@ -11,6 +11,7 @@ constexpr float kMinFz = -2.5f;
 TEST(DriftAccumulator, SamplesPerPointIsTheRateRoundedHalfToEven) {
     EXPECT_EQ(DriftAccumulator::samplesPerPointFor(62.5f), 62);
     EXPECT_EQ(DriftAccumulator::samplesPerPointFor(63.5f), 64);
+    EXPECT_EQ(DriftAccumulator::samplesPerPointFor(0.4f), 0);
 }
 
 TEST(DriftAccumulator, AveragesOneSecondAt1000Hz) {

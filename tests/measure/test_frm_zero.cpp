@@ -1,5 +1,5 @@
 #include "../support/PrintQString.h"
-#include "DialogBench.h"
+#include "DialogFixture.h"
 #include "measure/frmZero.h"
 #include "resources/StringTable.h"
 #include "support/NumberFormat.h"
@@ -14,27 +14,25 @@
 namespace kx {
 namespace {
 
-// Every zero acquisition a plate finishes.
+// Every zero acquisition a plate finishes: its sample count and last averages and deviations.
 struct ZeroRecorder {
     explicit ZeroRecorder(PlateDevice& plate) {
-        QObject::connect(
-            &plate, &PlateDevice::ZeroDone, &context,
-            [this](qint32 n, const ChannelValues& a, const ChannelValues& d, const ChannelValues&) {
-                samples << n;
-                average = a;
-                deviation = d;
-            });
+        QObject::connect(&plate, &PlateDevice::ZeroDone, &context,
+                         [this](qint32 n, const ChannelValues& a, const ChannelValues& d) {
+                             samples << n;
+                             average = a;
+                             deviation = d;
+                         });
     }
     QObject context;
     QList<qint32> samples;
-    ChannelValues average;
-    ChannelValues deviation;
+    ChannelValues average, deviation;
 };
 
-class ZeroTest : public test::ToolFixture<frmZero> {
+class ZeroTest : public test::DialogFixture<frmZero> {
 protected:
     void open(PlateDevice* device, const QString& duration = QStringLiteral("5")) {
-        ToolFixture::open(device);
+        openDialog(device);
         QObject::connect(dialog.get(), &frmZero::zeroValueWritten,
                          [this](int channel, const QString& codes) {
                              written << QString::number(channel) + u'=' + codes;
@@ -48,6 +46,7 @@ protected:
                !dialog->StatusBar1->isHidden();
     }
 
+    SimPlate& plate = openDefaultPlates();
     QStringList written;
 };
 
@@ -56,7 +55,7 @@ TEST_F(ZeroTest, ADurationThatIsNoNumberStartsNothing) {
     ZeroRecorder zeros(plate);
     dialog->cmdAcquire->click();
     EXPECT_TRUE(idle());
-    advance(10000);
+    clock.advance(10000);
     EXPECT_TRUE(zeros.samples.isEmpty());
 }
 
@@ -72,7 +71,7 @@ TEST_F(ZeroTest, HalfASecondAt1000HzAsksFor500SamplesAndShowsEveryChannel) {
     EXPECT_FALSE(dialog->cmdOK->isEnabled());
     EXPECT_TRUE(dialog->StatusBar1->isHidden());
     EXPECT_EQ(dialog->ProgressBar1->maximum(), 500);
-    advance(600);
+    clock.advance(600);
 
     ASSERT_EQ(zeros.samples, QList<qint32>{500});
     EXPECT_EQ(progress.size(), 10);
@@ -92,10 +91,10 @@ TEST_F(ZeroTest, HalfASecondAt1000HzAsksFor500SamplesAndShowsEveryChannel) {
 }
 
 TEST_F(ZeroTest, TheSignalToNoiseFollowsTheFirmwareAndAChannelWithoutNoiseShowsTheFullRange) {
-    SimPlate& older = bench.plate("11093");
+    SimPlate& older = *driver.plate(QStringLiteral("11093"));
     open(&older);
     dialog->cmdAcquire->click();
-    advance(100);
+    clock.advance(100);
     // The plate reports a channel without noise, as a converter stuck at one code would.
     older.StopAcquisition();
     Q_EMIT older.ZeroDone(320, {8388000.0, 8390000.0, 8389000.0, 8388608.0}, {16.0, 0.0, -1.0, 0.5},
@@ -117,12 +116,12 @@ TEST_F(ZeroTest, OnlyOkAfterAnAcquisitionWritesTheAveragesAsZeroValues) {
         const qint32 before = plate.ZeroValue(0, Which::Current);
         if (acquire) {
             dialog->cmdAcquire->click();
-            advance(6000);
+            clock.advance(6000);
             ASSERT_EQ(zeros.average.size(), 4);
         }
-        const int unloadedBefore = unloaded;
+        const int unloadedBefore = unloads;
         (ok ? dialog->cmdOK : dialog->cmdCancel)->click();
-        EXPECT_EQ(unloaded, unloadedBefore + 1);
+        EXPECT_EQ(unloads, unloadedBefore + 1);
         if (!acquire || !ok) {
             EXPECT_TRUE(written.isEmpty());
             EXPECT_EQ(plate.ZeroValue(0, Which::Current), before);
@@ -141,13 +140,13 @@ TEST_F(ZeroTest, OnlyOkAfterAnAcquisitionWritesTheAveragesAsZeroValues) {
 TEST_F(ZeroTest, UnpluggedDuringAZeroItClosesHalfASecondAfterOneMessage) {
     open(&plate);
     dialog->cmdAcquire->click();
-    advance(1000);
-    bench.driver.unplug("20418");
+    clock.advance(1000);
+    driver.unplug("20418");
     EXPECT_EQ(prompt.messages, QStringList{strings::text(1920)});
-    advance(499);
-    EXPECT_EQ(unloaded, 0);
-    advance(1);
-    EXPECT_EQ(unloaded, 1);
+    clock.advance(499);
+    EXPECT_EQ(unloads, 0);
+    clock.advance(1);
+    EXPECT_EQ(unloads, 1);
     EXPECT_EQ(prompt.messages.size(), 1);
 }
 

@@ -15,13 +15,10 @@ TEST(RefreshThrottle, DueOnlyWhenMoreThanTheIntervalHasPassedAcrossTheTickCountW
     EXPECT_TRUE(throttle.due(nearEnd, 200.0)) << "the first refresh";
     EXPECT_FALSE(throttle.due(nearEnd + 200u, 200.0)) << "exactly the interval, wrapped to 99";
     EXPECT_TRUE(throttle.due(nearEnd + 201u, 200.0));
-    EXPECT_FALSE(throttle.due(nearEnd + 209u, 8.5));
-    EXPECT_TRUE(throttle.due(nearEnd + 210u, 8.5));
 }
 
 TEST(MeterReadout, LinesCarryTheSignAndSixDecimals) {
     EXPECT_EQ(meterLine(2, -0.001234), QStringLiteral("Ch2 -0.001234 VDC"));
-    EXPECT_EQ(meterLine(1, 0.0123456), QStringLiteral("Ch1 +0.012346 VDC"));
     EXPECT_EQ(meterLine(3, -0.0000004), QStringLiteral("Ch3 +0.000000 VDC"));
 }
 
@@ -32,10 +29,8 @@ TEST(ZeroStatistics, SignalToNoiseDependsOnTheFirmware) {
         int resolution;
         double db;
     };
-    for (const Case& c :
-         {Case{1.0, 2, 24, 144.4944}, Case{1.0, 3, 16, 144.4944}, Case{1.0, 1, 24, 138.4738},
-          Case{1.0, 0, 24, 138.4738}, Case{10.0, 2, 24, 124.4944}, Case{0.0, 2, 24, 144.4944},
-          Case{0.0, 1, 20, 120.4120}, Case{-1.0, 2, 16, 96.3296}})
+    for (const Case& c : {Case{1.0, 2, 24, 144.4944}, Case{1.0, 1, 24, 138.4738},
+                          Case{0.0, 2, 24, 144.4944}, Case{0.0, 1, 20, 120.4120}})
         EXPECT_NEAR(zeroSnrDb(c.deviation, c.firmware, c.resolution), c.db, 1e-4)
             << c.deviation << " codes, firmware " << c.firmware << ", " << c.resolution << " bits";
 }

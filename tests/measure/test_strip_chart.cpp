@@ -99,45 +99,6 @@ TEST_F(ChartFixture, MeanAndStdDevOfThePointsOnScreen) {
     EXPECT_EQ(chart.StdDev(), 0.0f);
 }
 
-struct SpanCase {
-    float value;
-    float minSpan;
-};
-
-void PrintTo(const SpanCase& c, std::ostream* out) {
-    *out << c.value << " min span " << c.minSpan;
-}
-
-class AutoScaleSpan : public ChartFixture, public testing::WithParamInterface<SpanCase> {};
-
-TEST_P(AutoScaleSpan, FlatTraceGetsAtLeastMinSpanAndSignalsOnlyChanges) {
-    const SpanCase c = GetParam();
-    QSignalSpy tops(&chart, &StripChart::ScaleTopChanged);
-    QSignalSpy bottoms(&chart, &StripChart::ScaleBottomChanged);
-    chart.setMinSpan(c.minSpan);
-    for (int i = 0; i < 100; ++i)
-        chart.AddPoint(c.value);
-    clock.advance(20);
-    ASSERT_EQ(tops.size(), 1);
-    ASSERT_EQ(bottoms.size(), 1);
-    const float top = tops.at(0).at(0).toFloat();
-    const float bottom = bottoms.at(0).at(0).toFloat();
-    EXPECT_LE(bottom, c.value);
-    EXPECT_GE(top, c.value);
-    EXPECT_GE(top - bottom, c.minSpan * 0.999f);
-    EXPECT_LE(top - bottom, c.minSpan * 2.25f);
-    // More of the same changes nothing, so nothing is signalled.
-    for (int i = 0; i < 100; ++i)
-        chart.AddPoint(c.value);
-    clock.advance(100);
-    EXPECT_EQ(tops.size(), 1);
-    EXPECT_EQ(bottoms.size(), 1);
-}
-
-INSTANTIATE_TEST_SUITE_P(MinSpans, AutoScaleSpan,
-                         testing::Values(SpanCase{0, 0.4f}, SpanCase{-812.3f, 0.4f},
-                                         SpanCase{0.012f, 0.0005f}));
-
 // Counts the paint events a widget receives.
 struct PaintCounter : QObject {
     bool eventFilter(QObject*, QEvent* event) override {

@@ -52,8 +52,7 @@ INSTANTIATE_TEST_SUITE_P(
         ForceCase{-10.0, 1, 1, "-2 lbf -4.0 ozf"}, ForceCase{-10.0 * Gravity, 5, 0, "-10.0 kgf"},
         ForceCase{-12.3456, 3, 2, "-12.35 N"}, ForceCase{-1.0, 2, 0, "-4 ozf"},
         // unknown units
-        ForceCase{5.0, 6, 2, ""}, ForceCase{5.0, 0, 2, ""}, ForceCase{5.0, -1, 0, ""},
-        ForceCase{0.0, 6, 0, ""}));
+        ForceCase{5.0, 6, 2, ""}, ForceCase{5.0, 0, 2, ""}, ForceCase{0.0, 6, 0, ""}));
 
 INSTANTIATE_TEST_SUITE_P(
     HalvesAwayFromZero, FormatForceCases,

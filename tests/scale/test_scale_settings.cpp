@@ -14,23 +14,6 @@ qint32 stored(const char* key, const char* name) {
     return GetSettingLong(User, QLatin1String(key), QLatin1String(name), 123456);
 }
 
-TEST(ScaleSettings, MissingValuesReadAsTheDefaults) {
-    test::TempEnvironment environment;
-    const ScaleSettings s = ScaleSettings::load();
-    EXPECT_TRUE(s.AutoZeroEnabled);
-    EXPECT_EQ(s.AutoZeroIntervalMs, 2000);
-    EXPECT_FLOAT_EQ(s.AutoZeroDuration, 0.2f);
-    EXPECT_EQ(s.MinTare, 1.0f);
-    EXPECT_EQ(s.MaxTare, 80.0f);
-    EXPECT_EQ(s.ZeroDuration, 5.0f);
-    EXPECT_EQ(s.ScaleFrequency, 64.0f);
-    EXPECT_EQ(s.AverageSamples, 3840);
-    EXPECT_EQ(s.AverageResetDifference, 5.0f);
-    EXPECT_EQ(s.DisplayIntervalMs, 500);
-    EXPECT_EQ(s.DisplayDecimals, 0);
-    EXPECT_EQ(stored(kScaleKey, "Frequency (Hz)"), 123456) << "reading never writes";
-}
-
 TEST(ScaleSettings, SavedAsWholeNumbersRoundedHalfToEvenWithDurationsInMilliseconds) {
     test::TempEnvironment environment;
     ScaleSettings s;
@@ -50,11 +33,6 @@ TEST(ScaleSettings, SavedAsWholeNumbersRoundedHalfToEvenWithDurationsInMilliseco
     EXPECT_EQ(stored(kScaleKey, "Frequency (Hz)"), 100);
     EXPECT_EQ(stored(kScaleKey, "Average Reset Difference (N)"), 4);
     EXPECT_EQ(ScaleSettings::load().ZeroDuration, 2.5f);
-
-    for (const auto& [value, enabled] : {std::pair{7, true}, std::pair{0, false}}) {
-        SaveSettingLong(User, QLatin1String(kScaleAutozeroKey), QStringLiteral("Enabled"), value);
-        EXPECT_EQ(ScaleSettings::load().AutoZeroEnabled, enabled) << value;
-    }
 }
 
 } // namespace

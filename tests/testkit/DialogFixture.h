@@ -2,8 +2,10 @@
 
 #include "GuiActions.h"
 #include "RecordingPrompt.h"
+#include "TempEnvironment.h"
 #include "device/ToolContext.h"
 #include "device/ToolDialog.h"
+#include "sim/Scenario.h"
 #include "sim/SimDriver.h"
 #include "sim/SimPlate.h"
 #include "support/ManualClock.h"
@@ -13,11 +15,14 @@
 
 namespace kx::test {
 
-// Simulated plates on the manual clock, opened as the main window opens them, a prompt that
-// records what the user would see, and one dialog of type D opened on its own.
+// Simulated plates on the manual clock, opened as the main window opens them, a private
+// settings store, a prompt that records what the user would see, and one dialog of type D
+// opened on its own. Settings written before openDialog() are what the dialog loads.
 template <typename D>
 class DialogFixture : public ::testing::Test {
 protected:
+    void TearDown() override { dialog.reset(); }
+
     // Plates are added before openPlates().
     SimPlate* addPlate(const QString& serial, quint8 firmwareMajor = 2, bool calibrated = true) {
         SimPlateConfig config;
@@ -30,6 +35,12 @@ protected:
         driver.OpenDevices(PlateVendorId, PlateProductId1, PlateProductId2);
         clock.settle();
     }
+    // The default plates opened; gives 20418 (firmware 2.x), next to 11093 (firmware 1.x).
+    SimPlate& openDefaultPlates() {
+        Scenario::defaults().applyTo(driver);
+        openPlates();
+        return *driver.plate(QStringLiteral("20418"));
+    }
     // As the main window hosts it: prepare (the service flag, say), hand over the plate, show.
     D& openDialog(PlateDevice* device, const std::function<void(D&)>& prepare = {}) {
         dialog = std::make_unique<D>(ToolContext{clock, prompt});
@@ -40,8 +51,15 @@ protected:
         dialog->show();
         return *dialog;
     }
+    // Moves the clock a millisecond at a time until `done` holds, at most `limitMs`.
+    bool advanceUntil(const std::function<bool()>& done, int limitMs) {
+        for (int ms = 0; ms < limitMs && !done(); ++ms)
+            clock.advance(1);
+        return done();
+    }
 
-    ManualClock clock;
+    TempEnvironment environment;
+    ManualClock clock{1000};
     RecordingPrompt prompt;
     SimDriver driver{clock};
     std::unique_ptr<D> dialog;

@@ -1,0 +1,100 @@
+#include "MainWindowBench.h"
+#include "app/GeneralInfoPanel.h"
+#include "measure/frmAcquire.h"
+#include "resources/StringTable.h"
+
+#include <QAbstractButton>
+#include <QLabel>
+#include <QPointer>
+#include <QPushButton>
+#include <QRadioButton>
+#include <functional>
+
+namespace kx::test {
+namespace {
+
+struct Tool {
+    const char* name;
+    std::function<QPushButton*(frmMain&)> button;
+    // Clicks of the opened dialog that put it to work before the picture.
+    QStringList clicks;
+};
+
+class ToolDialogs : public MainWindowBench, public ::testing::WithParamInterface<Tool> {};
+
+// Every tool dialog opens from the main window on the selected plate with a person on it and,
+// at work, shows every caption and value whole. Set KX_SCREENSHOT_DIR to keep a picture of each.
+TEST_P(ToolDialogs, OpenOnTheSelectedPlateAndShowEveryTextWhole) {
+    const Tool& tool = GetParam();
+    start();
+    enterServiceMode();
+    plate(Fw2Plate)->loads().placePerson(72.5, 0.03, -0.02, PlateLoads::Stance::Swaying,
+                                         plate(Fw2Plate)->now());
+    tool.button(*window)->click();
+    QPointer<ToolDialog> dialog = shownDialog<ToolDialog>();
+    ASSERT_FALSE(dialog.isNull());
+    EXPECT_EQ(dialog->device(), window->selectedDevice());
+    EXPECT_FALSE(window->isVisible());
+    for (const QString& name : tool.clicks) {
+        clock.advance(3000);
+        child<QAbstractButton>(dialog, name)->click();
+    }
+    clock.advance(6000);
+    for (const QWidget* w : dialog->findChildren<QWidget*>()) {
+        if (!w->isVisible())
+            continue;
+        // Fixed-width push buttons need room for their caption, not for the style's padding.
+        if (const auto* push = qobject_cast<const QPushButton*>(w)) {
+            EXPECT_LT(push->fontMetrics().horizontalAdvance(push->text().remove(u'&')),
+                      push->width())
+                << push->objectName().toStdString();
+        } else if (qobject_cast<const QLabel*>(w) || qobject_cast<const QAbstractButton*>(w)) {
+            EXPECT_GE(w->width(), w->sizeHint().width()) << w->objectName().toStdString();
+        }
+    }
+    keepScreenshot(*dialog, QLatin1String(tool.name));
+    dialog->close();
+    EXPECT_TRUE(window->isVisible());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    MainWindow, ToolDialogs,
+    ::testing::Values(
+        Tool{"frmAcquire-forces", &frmMain::cmdAcquire, {"optSignal0", "cmdDisplay"}},
+        Tool{"frmAcquire-voltages", &frmMain::cmdAcquire, {"optSignal1", "cmdDisplay"}},
+        Tool{"frmAcquire-postural",
+             &frmMain::cmdAcquire,
+             {"optSignal2", "cmdDisplay", "cmdCapture"}},
+        Tool{"frmZero", &frmMain::cmdGetZero, {"cmdAcquire"}},
+        Tool{"frmMeter", &frmMain::cmdMeter, {"cmdDisplay"}},
+        Tool{"frmScale", &frmMain::cmdScale, {"cmdDisplay"}},
+        Tool{"frmPlateInfoEx", [](frmMain& w) { return w.frmGeneralInfo->cmdDevInfoEx; }, {}},
+        Tool{"frmProgramID", &frmMain::cmdProgramID, {"cmdGet"}},
+        Tool{"frmEncoder", &frmMain::cmdEncoder, {}}),
+    [](const auto& param) {
+        return QString::fromLatin1(param.param.name).remove(u'-').toStdString();
+    });
+
+using DialogsInMainWindow = MainWindowBench;
+
+TEST_F(DialogsInMainWindow, UnplugWhileStreamingShowsOneBoxAndClosesHalfASecondLater) {
+    start();
+    window->cmdAcquire->click();
+    QPointer<frmAcquire> dialog = shownDialog<frmAcquire>();
+    ASSERT_TRUE(dialog);
+    dialog->cmdDisplay->click();
+    clock.advance(500);
+
+    sim->unplug(Fw2Plate);
+    clock.advance(499);
+    EXPECT_EQ(prompt.messages, QStringList{strings::text(4920)});
+    ASSERT_TRUE(dialog);
+    EXPECT_TRUE(dialog->isVisible());
+    clock.advance(1);
+    EXPECT_TRUE(dialog.isNull() || !dialog->isVisible());
+    EXPECT_EQ(prompt.messages.size(), 1) << "one box, nothing from the closing dialog";
+    EXPECT_TRUE(window->isEnabled());
+}
+
+} // namespace
+} // namespace kx::test
