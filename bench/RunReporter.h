@@ -6,14 +6,15 @@
 #include <vector>
 
 // Prints the runs as usual and keeps each one's real and processor time per iteration and
-// counters, so that
-// a benchmark program can print ratios of runs measured in the same process.
+// counters, so that a benchmark program can print ratios of runs measured in the same process.
+// Of repeated runs it keeps the median.
 class RunReporter : public benchmark::ConsoleReporter {
 public:
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {
-            if (run.iterations == 0)
+            if (run.iterations == 0 ||
+                (!run.aggregate_name.empty() && run.aggregate_name != "median"))
                 continue;
             // The name as registered, with its arguments but without "iterations:3" and such.
             std::string name = run.run_name.function_name;

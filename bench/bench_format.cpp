@@ -2,11 +2,11 @@
 // library's snprintf("%.6f") on the same values. Judged by the values per second of
 // appendFixed (at least ten million on one core) and its ratio to snprintf.
 
+#include "RunReporter.h"
 #include "support/NumberText.h"
 
 #include <benchmark/benchmark.h>
 #include <cstdio>
-#include <map>
 #include <random>
 #include <string>
 #include <vector>
@@ -62,30 +62,17 @@ BENCHMARK(snprintfFixed<float>)->Name("snprintf/single");
 BENCHMARK(appendFixed<double>)->Name("appendFixed/double");
 BENCHMARK(snprintfFixed<double>)->Name("snprintf/double");
 
-// Keeps the values per second of every run for the summary.
-class RateReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            const auto rate = run.counters.find("items_per_second");
-            if (rate != run.counters.end())
-                rates[run.benchmark_name()] = rate->second.value;
-        }
-    }
-    std::map<std::string, double> rates;
-};
-
 } // namespace
 
 int main(int argc, char** argv) {
     benchmark::Initialize(&argc, argv);
-    RateReporter reporter;
+    RunReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     for (const char* type : {"single", "double"}) {
-        const double ours = reporter.rates[std::string("appendFixed/") + type];
-        const double theirs = reporter.rates[std::string("snprintf/") + type];
+        const double ours =
+            reporter.counter(std::string("appendFixed/") + type, "items_per_second");
+        const double theirs = reporter.counter(std::string("snprintf/") + type, "items_per_second");
         if (ours > 0 && theirs > 0)
             std::printf("%s \"0.000000\": appendFixed %.1f M values/s, snprintf %.1f M values/s, "
                         "ratio %.2f\n",

@@ -3,6 +3,7 @@
 // a simulated plate, and the moving average alone. Judged by the ratio of the two costs, which
 // should stay near 1: the window is a ring, so its length must not show.
 
+#include "RunReporter.h"
 #include "device/ToolContext.h"
 #include "scale/WeightAverager.h"
 #include "scale/frmScale.h"
@@ -18,7 +19,6 @@
 #include <QTemporaryDir>
 #include <benchmark/benchmark.h>
 #include <cstdio>
-#include <map>
 #include <random>
 #include <string>
 #include <vector>
@@ -119,20 +119,6 @@ BENCHMARK(scaleForcesIn)
     ->Repetitions(5)
     ->ReportAggregatesOnly();
 
-// Keeps the median time per sample of every benchmark for the summary.
-class CostReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            if (run.aggregate_name == "median")
-                nanoseconds[run.run_name.function_name + "/" + run.run_name.args] =
-                    run.GetAdjustedCPUTime();
-        }
-    }
-    std::map<std::string, double> nanoseconds;
-};
-
 } // namespace
 
 int main(int argc, char** argv) {
@@ -140,14 +126,14 @@ int main(int argc, char** argv) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     benchmark::Initialize(&argc, argv);
-    CostReporter reporter;
+    RunReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
     for (const char* name : {"frmScale/ForcesIn", "WeightAverager::add"}) {
         const double small =
-            reporter.nanoseconds[std::string(name) + "/" + std::to_string(SmallWindow)];
+            1e9 * reporter.cpuSeconds(std::string(name) + "/" + std::to_string(SmallWindow));
         const double large =
-            reporter.nanoseconds[std::string(name) + "/" + std::to_string(LargeWindow)];
+            1e9 * reporter.cpuSeconds(std::string(name) + "/" + std::to_string(LargeWindow));
         if (small > 0 && large > 0)
             std::printf("%s per sample: N = %d %.1f ns, N = %d %.1f ns, ratio %.2f\n", name,
                         SmallWindow, small, LargeWindow, large, large / small);

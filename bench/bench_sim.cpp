@@ -1,6 +1,7 @@
 // Cost of the simulated plates: one sample through the physics and the signal chain, one
 // sample end to end (engine, plate, signal, manual clock), and the share of one core that ten
 // plates streaming at 1000 Hz take under the real clock.
+#include "RunReporter.h"
 #include "device/PlateTypes.h"
 #include "sim/PlateLoads.h"
 #include "sim/PlateTruth.h"
@@ -16,7 +17,6 @@
 #include <QTimer>
 #include <benchmark/benchmark.h>
 #include <cstdio>
-#include <map>
 #include <string>
 #include <sys/resource.h>
 
@@ -68,20 +68,6 @@ void streamingSample(benchmark::State& state) {
 }
 BENCHMARK(streamingSample);
 
-// Keeps the time per item of each benchmark for the summary.
-class Recorder : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        ConsoleReporter::ReportRuns(runs);
-        for (const Run& run : runs) {
-            const auto items = run.counters.find("items_per_second");
-            if (items != run.counters.end() && items->second.value > 0)
-                nanosecondsPerItem[run.benchmark_name()] = 1e9 / items->second.value;
-        }
-    }
-    std::map<std::string, double> nanosecondsPerItem;
-};
-
 double processCpuSeconds() {
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
@@ -127,12 +113,16 @@ RealTimeRun tenPlatesInRealTime(QCoreApplication& app, int seconds) {
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     benchmark::Initialize(&argc, argv);
-    Recorder recorder;
+    RunReporter recorder;
     benchmark::RunSpecifiedBenchmarks(&recorder);
     benchmark::Shutdown();
 
-    const double chainNs = recorder.nanosecondsPerItem["physicsAndSignalChain"];
-    const double sampleNs = recorder.nanosecondsPerItem["streamingSample"];
+    const auto nanosecondsPerItem = [&recorder](const std::string& name) {
+        const double perSecond = recorder.counter(name, "items_per_second");
+        return perSecond > 0 ? 1e9 / perSecond : 0.0;
+    };
+    const double chainNs = nanosecondsPerItem("physicsAndSignalChain");
+    const double sampleNs = nanosecondsPerItem("streamingSample");
     const RealTimeRun run = tenPlatesInRealTime(app, 3);
     std::printf("\none sample, physics and signal chain: %.0f ns\n", chainNs);
     std::printf("one sample end to end (manual clock): %.0f ns (target well under 1000 ns)\n",
