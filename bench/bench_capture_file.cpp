@@ -61,15 +61,15 @@ struct Setup {
     QByteArray fileBytes; // what the writer wrote, for the baseline
 };
 
+// Built once on first use and destroyed at exit, which removes the folder.
 Setup& setup() {
-    static Setup* s = [] {
-        auto* created = new Setup;
+    static Setup s;
+    if (s.table.isEmpty()) {
         const qint64 before = residentBytes();
-        created->table = hourOfCapture();
-        created->tableBytes = residentBytes() - before;
-        return created;
-    }();
-    return *s;
+        s.table = hourOfCapture();
+        s.tableBytes = residentBytes() - before;
+    }
+    return s;
 }
 
 // Each iteration starts with nothing of the last one left to write back.
