@@ -26,7 +26,10 @@ constexpr std::uint64_t kPow10Int[] = {1ull,
                                        1000000000000ull,
                                        10000000000000ull,
                                        100000000000000ull,
-                                       1000000000000000ull};
+                                       1000000000000000ull,
+                                       10000000000000000ull,
+                                       100000000000000000ull,
+                                       1000000000000000000ull};
 
 // Powers of ten that a double holds exactly.
 constexpr double kPow10Exact[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
@@ -75,9 +78,8 @@ ExactProduct exactProduct(double a, double b) {
 
 // hi + lo (hi below 2^53, |lo| at most half an ulp of hi) rounded half away from zero.
 std::uint64_t roundHalfAway(double hi, double lo) {
-    const double whole = std::floor(hi);
-    const double fraction = hi - whole; // exact, and a multiple of hi's ulp
-    auto n = static_cast<std::uint64_t>(whole);
+    auto n = static_cast<std::uint64_t>(static_cast<std::int64_t>(hi)); // floor: hi >= 0
+    const double fraction = hi - static_cast<double>(n); // exact, and a multiple of hi's ulp
     if (fraction > 0.5 || (fraction == 0.5 && lo >= 0.0))
         ++n;
     return n;
@@ -155,6 +157,84 @@ char* writeBackwards(char* end, std::uint64_t n) {
     return end;
 }
 
+// Number of decimal digits of n (0 for 0), n at most 10^18.
+int digitCount(std::uint64_t n) {
+    const int estimate =
+        (static_cast<int>(std::bit_width(n)) * 1233) >> 12; // the count or one less
+    return estimate + (n >= kPow10Int[estimate] ? 1 : 0);
+}
+
+// Writes the `count` lowest digits of n backwards, ending at `end`; returns n without them.
+std::uint64_t writeLowDigits(char*& end, std::uint64_t n, int count) {
+    for (; count >= 2; count -= 2) {
+        end -= 2;
+        std::memcpy(end, kDigitPairs + 2 * (n % 100), 2);
+        n /= 100;
+    }
+    if (count > 0) {
+        *--end = static_cast<char>('0' + n % 10);
+        n /= 10;
+    }
+    return n;
+}
+
+// The common case of capture values: at most 9 decimals and below 10^18 once scaled. Works
+// on y = |value| x 10^decimals held exactly as hi + lo, with the type's significant digits
+// falling on a grid of 10^(k - precision) in y, k being the integer digits of y. Returns
+// nullptr when a tie between the two roundings is too close to call, for the general path.
+template <typename F>
+char* appendFixedFast(char* out, F value, int decimals, int integerDigits) {
+    constexpr int precision = kSignificantDigits<F>;
+    const double x = std::fabs(static_cast<double>(value));
+    // A single's 24 bits times 5^decimals' at most 21 need no correction term.
+    const auto scale = [x](int power) {
+        if constexpr (std::is_same_v<F, float>)
+            return ExactProduct{x * kPow10Exact[power], 0.0};
+        else
+            return exactProduct(x, kPow10Exact[power]);
+    };
+    const ExactProduct y = scale(decimals);
+    if (!(y.hi < 1e18))
+        return nullptr;
+    auto whole = static_cast<std::uint64_t>(static_cast<std::int64_t>(y.hi));
+    if (static_cast<double>(whole) == y.hi && y.lo < 0.0)
+        --whole; // y lies just below the integer hi
+    const int k = digitCount(whole);
+    std::uint64_t units = 0;
+    int zeros = 0;
+    if (k >= precision) {
+        // Whole digits only: round x itself to its significant digits.
+        const int power = precision - k + decimals;
+        if (power < 0)
+            return nullptr;
+        const ExactProduct scaled = power == decimals ? y : scale(power);
+        units = roundHalfAway(scaled.hi, scaled.lo);
+        zeros = k - precision;
+    } else {
+        // Rounding to the significant digits first moves the halfway point of the last
+        // decimal down by half a grid step; lo is below a ninth of the grid step here.
+        const double grid = 1.0 / kPow10Exact[precision - k];
+        const double fraction = y.hi - static_cast<double>(whole); // exact
+        units = whole;
+        if (fraction > 0.5 || (fraction == 0.5 && y.lo >= 0.0))
+            ++units;
+        else if (fraction >= 0.5 - grid)
+            return nullptr;
+    }
+    if (units != 0 && std::signbit(value))
+        *out++ = '-';
+    // units x 10^zeros is at most 10^18 here.
+    const std::uint64_t number = units * kPow10Int[zeros];
+    const int integerLength = std::max(digitCount(number) - decimals, integerDigits);
+    char* const end = out + integerLength + (decimals > 0 ? decimals + 1 : 0);
+    char* first = end;
+    const std::uint64_t integerPart = writeLowDigits(first, number, decimals);
+    if (decimals > 0)
+        *--first = '.';
+    writeLowDigits(first, integerPart, integerLength);
+    return end;
+}
+
 template <typename F>
 char* appendFixedAs(char* out, F value, int decimals, int integerDigits) {
     if (std::isnan(value))
@@ -163,6 +243,10 @@ char* appendFixedAs(char* out, F value, int decimals, int integerDigits) {
         return appendText(out, value < 0 ? "-Inf" : "Inf");
     decimals = std::clamp(decimals, 0, kMaxFixedDecimals);
     integerDigits = std::clamp(integerDigits, 0, kMaxIntegerDigits);
+    if (decimals <= 9) {
+        if (char* end = appendFixedFast(out, value, decimals, integerDigits))
+            return end;
+    }
 
     // The rounded value is units x 10^zeros x 10^-decimals.
     std::uint64_t units = 0;

@@ -101,6 +101,26 @@ TEST(AppendFixed, AgreesWithTheCLibraryAwayFromTies) {
     compareWithCLibrary<float>(7, 1e-6);
 }
 
+// Values whose decision sits where the type's significant digits meet the decimals asked for.
+TEST(AppendFixed, RoundsOnSignificantDigitsNearTies) {
+    const auto text = [](auto value, int decimals) {
+        char buffer[kx::kMaxNumberChars];
+        return std::string(buffer, kx::appendFixed(buffer, value, decimals));
+    };
+    // clang-format off
+    const std::tuple<float, int, const char*> singles[] = {
+        {0.1249995f, 6, "0.125000"}, {0.1249994f, 6, "0.124999"}, {-0.0000004f, 6, "0.000000"},
+        {-0.0000005f, 6, "-0.000001"}, {999999.9f, 6, "999999.900000"}, {1234567.5f, 0, "1234568"}};
+    const std::tuple<double, int, const char*> doubles[] = {
+        {999999999.9999995, 6, "1000000000.000000"}, {999999999.999999, 6, "999999999.999999"},
+        {-0.0000005, 6, "-0.000001"}, {-0.00000049999, 6, "0.000000"}, {0.1234565, 6, "0.123457"}};
+    // clang-format on
+    for (const auto& [value, decimals, expected] : singles)
+        EXPECT_EQ(text(value, decimals), expected) << value;
+    for (const auto& [value, decimals, expected] : doubles)
+        EXPECT_EQ(text(value, decimals), expected) << value;
+}
+
 TEST(AppendFixed, TheLongestTextFitsTheAdvertisedRoom) {
     char buffer[kx::kMaxNumberChars];
     const char* end = kx::appendFixed(buffer, -std::numeric_limits<double>::max(),
