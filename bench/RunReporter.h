@@ -10,6 +10,13 @@
 // Of repeated runs it keeps the median.
 class RunReporter : public benchmark::ConsoleReporter {
 public:
+    // Runs the benchmarks the command line selects, reporting to this.
+    void runAll(int* argc, char** argv) {
+        benchmark::Initialize(argc, argv);
+        benchmark::RunSpecifiedBenchmarks(this);
+        benchmark::Shutdown();
+    }
+
     void ReportRuns(const std::vector<Run>& runs) override {
         ConsoleReporter::ReportRuns(runs);
         for (const Run& run : runs) {

@@ -65,10 +65,8 @@ int main(int argc, char** argv) {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
     RunReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
+    reporter.runAll(&argc, argv);
 
     // Processor time: the machine may be shared. The clock's own step is not the dialog's.
     const double clockStep = reporter.cpuSeconds("ClockAdvance");

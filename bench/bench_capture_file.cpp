@@ -150,10 +150,8 @@ BENCHMARK_CAPTURE(plainWrite, cache, false)
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
     RunReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
+    reporter.runAll(&argc, argv);
 
     const double mb = 1e6;
     const double ours = reporter.counter("save/hour", "bytes_per_second") / mb;

@@ -65,10 +65,8 @@ BENCHMARK(snprintfFixed<double>)->Name("snprintf/double");
 } // namespace
 
 int main(int argc, char** argv) {
-    benchmark::Initialize(&argc, argv);
     RunReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
+    reporter.runAll(&argc, argv);
     for (const char* type : {"single", "double"}) {
         const double ours =
             reporter.counter(std::string("appendFixed/") + type, "items_per_second");

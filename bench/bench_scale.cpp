@@ -125,10 +125,8 @@ int main(int argc, char** argv) {
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
     RunReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    benchmark::Shutdown();
+    reporter.runAll(&argc, argv);
     for (const char* name : {"frmScale/ForcesIn", "WeightAverager::add"}) {
         const double small =
             1e9 * reporter.cpuSeconds(std::string(name) + "/" + std::to_string(SmallWindow));

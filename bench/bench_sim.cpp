@@ -112,10 +112,8 @@ RealTimeRun tenPlatesInRealTime(QCoreApplication& app, int seconds) {
 
 int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
-    benchmark::Initialize(&argc, argv);
     RunReporter recorder;
-    benchmark::RunSpecifiedBenchmarks(&recorder);
-    benchmark::Shutdown();
+    recorder.runAll(&argc, argv);
 
     const auto nanosecondsPerItem = [&recorder](const std::string& name) {
         const double perSecond = recorder.counter(name, "items_per_second");

@@ -11,6 +11,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <algorithm>
 
 namespace kx {
 
@@ -51,42 +52,22 @@ const ParameterRule rules[] = {
     {"Turbo", 720, " (turbo)", 3,
      [](PlateDevice& p, Which w) { return QString::number(p.TurboRate(w)); },
      [](PlateDevice& p, Which w, double x) {
-         qint16 v = toInt16(x);
-         if (v < 1)
-             v = 1;
-         if (v > 16)
-             v = 16;
-         p.SetTurboRate(w, v);
+         p.SetTurboRate(w, std::clamp<qint16>(toInt16(x), 1, 16));
      }},
     {"Decimation", 720, " (decimation)", 4,
      [](PlateDevice& p, Which w) { return QString::number(p.DecimationRate(w)); },
      [](PlateDevice& p, Which w, double x) {
-         qint16 v = toInt16(x);
-         if (v < 20)
-             v = 20;
-         if (v > 8000)
-             v = 8000;
-         p.SetDecimationRate(w, v);
+         p.SetDecimationRate(w, std::clamp<qint16>(toInt16(x), 20, 8000));
      }},
     {"SampFreq", 740, "", 10,
      [](PlateDevice& p, Which w) { return formatNumber(p.SampleFrequency(w), VoltsAndHertz); },
      [](PlateDevice& p, Which w, double x) {
-         float v = toSingle(x);
-         if (v < 9)
-             v = 9;
-         if (v > 1000)
-             v = 1000;
-         p.SetSampleFrequency(w, v);
+         p.SetSampleFrequency(w, std::clamp(toSingle(x), 9.0f, 1000.0f));
      }},
     {"3dBFreq", 750, "", 10,
      [](PlateDevice& p, Which w) { return formatNumber(p.CutoffFrequency(w), VoltsAndHertz); },
      [](PlateDevice& p, Which w, double x) {
-         float v = toSingle(x);
-         if (v < 2.358f)
-             v = 2.358f;
-         if (v > 262.0f)
-             v = 262.0f;
-         p.SetCutoffFrequency(w, v);
+         p.SetCutoffFrequency(w, std::clamp(toSingle(x), 2.358f, 262.0f));
      }},
 };
 
