@@ -1,6 +1,7 @@
 #include "support/NumberText.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <charconv>
 #include <cmath>
@@ -178,54 +179,66 @@ std::uint64_t writeLowDigits(char*& end, std::uint64_t n, int count) {
     return n;
 }
 
-// The common case of capture values: at most 9 decimals and below 10^18 once scaled. Works
-// on y = |value| x 10^decimals held exactly as hi + lo, with the type's significant digits
-// falling on a grid of 10^(k - precision) in y, k being the integer digits of y. Returns
-// nullptr when a tie between the two roundings is too close to call, for the general path.
-template <typename F>
-char* appendFixedFast(char* out, F value, int decimals, int integerDigits) {
-    constexpr int precision = kSignificantDigits<F>;
-    const double x = std::fabs(static_cast<double>(value));
-    // A single's 24 bits times 5^decimals' at most 21 need no correction term.
-    const auto scale = [x](int power) {
-        if constexpr (std::is_same_v<F, float>)
-            return ExactProduct{x * kPow10Exact[power], 0.0};
-        else
-            return exactProduct(x, kPow10Exact[power]);
-    };
-    const ExactProduct y = scale(decimals);
-    if (!(y.hi < 1e18))
-        return nullptr;
-    auto whole = static_cast<std::uint64_t>(static_cast<std::int64_t>(y.hi));
-    if (static_cast<double>(whole) == y.hi && y.lo < 0.0)
-        --whole; // y lies just below the integer hi
-    const int k = digitCount(whole);
-    std::uint64_t units = 0;
-    int zeros = 0;
-    if (k >= precision) {
-        // Whole digits only: round x itself to its significant digits.
-        const int power = precision - k + decimals;
-        if (power < 0)
-            return nullptr;
-        const ExactProduct scaled = power == decimals ? y : scale(power);
-        units = roundHalfAway(scaled.hi, scaled.lo);
-        zeros = k - precision;
-    } else {
-        // Rounding to the significant digits first moves the halfway point of the last
-        // decimal down by half a grid step; lo is below a ninth of the grid step here.
-        const double grid = 1.0 / kPow10Exact[precision - k];
-        const double fraction = y.hi - static_cast<double>(whole); // exact
-        units = whole;
-        if (fraction > 0.5 || (fraction == 0.5 && y.lo >= 0.0))
-            ++units;
-        else if (fraction >= 0.5 - grid)
-            return nullptr;
-    }
-    if (units != 0 && std::signbit(value))
-        *out++ = '-';
-    // units x 10^zeros is at most 10^18 here.
-    const std::uint64_t number = units * kPow10Int[zeros];
+// The eight decimal digits of n (below 10^8) as ASCII, the first in the lowest byte. Splits
+// n into halves of four digits, each half into pairs and each pair into digits, in all lanes
+// of the word at once: each division is a multiplication by a reciprocal that is exact for
+// the lane's range and carries nothing into the next lane.
+std::uint64_t eightDigits(std::uint32_t n) {
+    static_assert(std::endian::native == std::endian::little);
+    std::uint64_t x = (n / 10000) | (static_cast<std::uint64_t>(n % 10000) << 32);
+    const std::uint64_t hundreds = ((x * 10486) >> 20) & 0x0000'007F'0000'007Full;
+    x = ((x - hundreds * 100) << 16) | hundreds;
+    const std::uint64_t tens = ((x * 103) >> 10) & 0x000F'000F'000F'000Full;
+    x = ((x - tens * 10) << 8) | tens;
+    return x + 0x3030'3030'3030'3030ull;
+}
+
+// The sixteen decimal digits of n (below 10^16) with their leading zeros, in two words.
+struct SixteenDigits {
+    std::uint64_t high;
+    std::uint64_t low;
+};
+
+SixteenDigits sixteenDigits(std::uint64_t n) {
+    constexpr std::uint64_t eightZeros = 0x3030'3030'3030'3030ull;
+    if (n < 100'000'000)
+        return {eightZeros, eightDigits(static_cast<std::uint32_t>(n))};
+    return {eightDigits(static_cast<std::uint32_t>(n / 100'000'000)),
+            eightDigits(static_cast<std::uint32_t>(n % 100'000'000))};
+}
+
+// The eight of the sixteen digits that begin at `first` (0 to 15), zeros past the last. Taken
+// from registers: reading them back from memory at an odd offset would stall the store.
+std::uint64_t eightFrom(const SixteenDigits& digits, int first) {
+    if (first >= 8)
+        return digits.low >> (8 * (first - 8));
+    return (digits.high >> (8 * first)) | ((digits.low << 1) << (63 - 8 * first));
+}
+
+void store(char* out, std::uint64_t word) {
+    std::memcpy(out, &word, sizeof word);
+}
+
+// Writes number x 10^-decimals with at least integerDigits before the point, without sign.
+// The common case writes whole words: what lands beyond the end is scratch inside the
+// caller's room of kMaxNumberChars.
+char* writeFixed(char* out, std::uint64_t number, int decimals, int integerDigits) {
     const int integerLength = std::max(digitCount(number) - decimals, integerDigits);
+    if (number < 10'000'000'000'000'000ull && integerLength + decimals <= 16) {
+        const SixteenDigits digits = sixteenDigits(number);
+        const int first = 16 - decimals - integerLength;
+        store(out, eightFrom(digits, first));
+        if (integerLength > 8)
+            store(out + 8, eightFrom(digits, first + 8));
+        out += integerLength;
+        if (decimals == 0)
+            return out;
+        *out++ = '.';
+        store(out, eightFrom(digits, 16 - decimals));
+        if (decimals > 8)
+            store(out + 8, eightFrom(digits, 24 - decimals));
+        return out + decimals;
+    }
     char* const end = out + integerLength + (decimals > 0 ? decimals + 1 : 0);
     char* first = end;
     const std::uint64_t integerPart = writeLowDigits(first, number, decimals);
@@ -233,6 +246,106 @@ char* appendFixedFast(char* out, F value, int decimals, int integerDigits) {
         *--first = '.';
     writeLowDigits(first, integerPart, integerLength);
     return end;
+}
+
+// Adds the sign and the digits once the rounded magnitude is known.
+template <typename F>
+char* writeSignedFixed(char* out, F value, std::uint64_t number, int decimals, int integerDigits) {
+    if (number != 0 && std::signbit(value))
+        *out++ = '-';
+    return writeFixed(out, number, decimals, integerDigits);
+}
+
+// n / 10^t for n below 2^25 and t from 1 to 7, as a multiplication and a shift: the scaled
+// reciprocal's error stays below the smallest distance of n / 10^t from the next integer.
+std::uint64_t divideByPowerOfTen(std::uint64_t n, int t) {
+    static constexpr auto shift = [](int power) { return 30 + 4 * power; };
+    static constexpr auto reciprocals = [] {
+        std::array<std::uint64_t, 8> r{};
+        for (int power = 1; power < 8; ++power)
+            r[static_cast<std::size_t>(power)] =
+                ((1ull << shift(power)) + kPow10Int[power] - 1) / kPow10Int[power];
+        return r;
+    }();
+    return (n * reciprocals[static_cast<std::size_t>(t)]) >> shift(t);
+}
+
+// The common case of a single with at most 9 decimals, 10^-6 <= |value| < 10^6 or so. The
+// single's 24 bits times 5^12 at most fit a double, so y = |value| x 10^(6 - e) is exact, and
+// its 7 significant digits come from rounding y once; the decimals asked for are then taken
+// from those digits. Returns nullptr outside that range, for the general path.
+char* appendFixedFast(char* out, float value, int decimals, int integerDigits) {
+    const double x = std::fabs(static_cast<double>(value));
+    if (x == 0)
+        return writeFixed(out, 0, decimals, integerDigits);
+    // floor(log10 x) is this or one more.
+    const int binaryExponent =
+        static_cast<int>((std::bit_cast<std::uint64_t>(x) >> 52) & 0x7FF) - 1023;
+    int exponent = (binaryExponent * 1233) >> 12;
+    if (exponent < -6 || exponent > 5)
+        return nullptr;
+    double y = x * kPow10Exact[6 - exponent];
+    if (y >= 1e7) {
+        ++exponent;
+        y = x * kPow10Exact[6 - exponent];
+    }
+    if (y < 1e6)
+        return nullptr;
+    auto digits = static_cast<std::uint64_t>(y + 0.5); // y + 0.5 is exact: halves go up
+    if (digits == 10'000'000) {
+        digits = 1'000'000;
+        ++exponent;
+    }
+    // The 7 digits stand for digits x 10^(exponent - 6).
+    const int shift = exponent - 6 + decimals;
+    std::uint64_t number = 0;
+    if (shift >= 0)
+        number = digits * kPow10Int[shift];
+    else if (shift > -8)
+        number = divideByPowerOfTen(digits + kPow10Int[-shift] / 2, -shift);
+    return writeSignedFixed(out, value, number, decimals, integerDigits);
+}
+
+// The common case of a double: at most 9 decimals and below 10^18 once scaled. Works on
+// y = |value| x 10^decimals held exactly as hi + lo, with the 15 significant digits falling
+// on a grid of 10^(k - 15) in y, k being the integer digits of y. Returns nullptr when a tie
+// between the two roundings is too close to call, for the general path.
+char* appendFixedFast(char* out, double value, int decimals, int integerDigits) {
+    constexpr int precision = kSignificantDigits<double>;
+    static constexpr auto inverseGrid = [] {
+        std::array<double, precision + 1> grid{};
+        for (int i = 0; i <= precision; ++i)
+            grid[static_cast<std::size_t>(i)] = 1.0 / kPow10Exact[i];
+        return grid;
+    }();
+    const double x = std::fabs(value);
+    const ExactProduct y = exactProduct(x, kPow10Exact[decimals]);
+    if (!(y.hi < 1e18))
+        return nullptr;
+    auto whole = static_cast<std::uint64_t>(static_cast<std::int64_t>(y.hi));
+    if (static_cast<double>(whole) == y.hi && y.lo < 0.0)
+        --whole; // y lies just below the integer hi
+    const int k = digitCount(whole);
+    std::uint64_t number = 0;
+    if (k >= precision) {
+        // Whole digits only: round x itself to its significant digits.
+        const int power = precision - k + decimals;
+        if (power < 0)
+            return nullptr;
+        const ExactProduct scaled = power == decimals ? y : exactProduct(x, kPow10Exact[power]);
+        number = roundHalfAway(scaled.hi, scaled.lo) * kPow10Int[k - precision];
+    } else {
+        // Rounding to the significant digits first moves the halfway point of the last
+        // decimal down by half a grid step; lo is below a ninth of the grid step here.
+        const double grid = inverseGrid[static_cast<std::size_t>(precision - k)];
+        const double fraction = y.hi - static_cast<double>(whole); // exact
+        number = whole;
+        if (fraction > 0.5 || (fraction == 0.5 && y.lo >= 0.0))
+            ++number;
+        else if (fraction >= 0.5 - grid)
+            return nullptr;
+    }
+    return writeSignedFixed(out, value, number, decimals, integerDigits);
 }
 
 template <typename F>

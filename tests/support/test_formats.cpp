@@ -5,6 +5,8 @@
 #include "support/Rounding.h"
 
 #include <QLocale>
+#include <bit>
+#include <cstdint>
 #include <cmath>
 #include <cstdio>
 #include <gtest/gtest.h>
@@ -119,6 +121,71 @@ TEST(AppendFixed, RoundsOnSignificantDigitsNearTies) {
         EXPECT_EQ(text(value, decimals), expected) << value;
     for (const auto& [value, decimals, expected] : doubles)
         EXPECT_EQ(text(value, decimals), expected) << value;
+}
+
+// The single's exact decimal expansion rounded by hand, half away from zero: first to 7
+// significant digits, then to the decimals asked for.
+std::string referenceFixed(float value, int decimals) {
+    char exact[160];
+    std::snprintf(exact, sizeof exact, "%.100f", std::fabs(static_cast<double>(value)));
+    std::string digits(exact);
+    const std::size_t point = digits.find('.');
+    digits.erase(point, 1);
+    // Rounds up at `keep` when the digit there is 5 or more, and zeroes what follows.
+    const auto roundAt = [&](std::size_t keep) {
+        const bool up = keep < digits.size() && digits[keep] >= '5';
+        for (std::size_t i = keep; i < digits.size(); ++i)
+            digits[i] = '0';
+        for (std::size_t i = keep; up && i-- > 0;) {
+            if (digits[i] != '9') {
+                ++digits[i];
+                return;
+            }
+            digits[i] = '0';
+        }
+        if (up) // carried out of the first digit
+            digits.insert(digits.begin(), '1');
+        return;
+    };
+    std::size_t integerDigits = point;
+    const std::size_t first = digits.find_first_not_of('0');
+    if (first != std::string::npos) {
+        const std::size_t before = digits.size();
+        roundAt(first + 7);
+        integerDigits += digits.size() - before;
+    }
+    const std::size_t before = digits.size();
+    roundAt(integerDigits + static_cast<std::size_t>(decimals));
+    integerDigits += digits.size() - before;
+    std::string integer = digits.substr(0, integerDigits);
+    integer.erase(0, std::min(integer.find_first_not_of('0'), integer.size() - 1));
+    std::string text = integer;
+    if (decimals > 0)
+        text += "." + digits.substr(integerDigits, static_cast<std::size_t>(decimals));
+    if (std::signbit(value) && text.find_first_not_of("0.") != std::string::npos)
+        text.insert(0, "-");
+    return text;
+}
+
+// Random singles over the magnitudes a capture holds, and singles with short binary
+// fractions, whose decimal expansions end early and so sit on ties of both roundings.
+TEST(AppendFixed, SinglesMatchTheirExactExpansionRoundedTwice) {
+    std::mt19937 random(99);
+    std::uniform_int_distribution<std::uint32_t> bits(0x3000'0000u, 0x4F00'0000u); // 5e-10..2e9
+    std::uniform_int_distribution<int> mantissa(1, 1 << 24);
+    std::uniform_int_distribution<int> binaryPlaces(0, 30);
+    std::uniform_int_distribution<int> decimalsOf(0, 9);
+    char buffer[kx::kMaxNumberChars];
+    for (int i = 0; i < 400000; ++i) {
+        float value = i % 2 ? std::bit_cast<float>(bits(random))
+                            : std::ldexp(static_cast<float>(mantissa(random)), -binaryPlaces(random));
+        if (i % 3 == 0)
+            value = -value;
+        const int decimals = i % 4 ? 6 : decimalsOf(random);
+        const std::string actual(buffer, kx::appendFixed(buffer, value, decimals));
+        ASSERT_EQ(actual, referenceFixed(value, decimals))
+            << std::hexfloat << value << " with " << decimals << " decimals";
+    }
 }
 
 TEST(AppendFixed, TheLongestTextFitsTheAdvertisedRoom) {
