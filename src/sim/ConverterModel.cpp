@@ -30,11 +30,11 @@ void ConverterModel::setSampleFrequency(double hertz) {
     qint16 bestTurbo = m_turbo;
     qint16 bestDecimation = m_decimation;
     for (qint16 turbo = MinTurbo; turbo <= MaxTurbo; ++turbo) {
-        const double exact = ModulatorRate * turbo / wanted;
+        const double exact = m_modulatorRate * turbo / wanted;
         for (double candidate : {std::floor(exact), std::ceil(exact)}) {
             const auto decimation = static_cast<qint16>(
                 std::clamp(candidate, double(MinDecimation), double(MaxDecimation)));
-            const double error = std::abs(ModulatorRate * turbo / decimation - wanted);
+            const double error = std::abs(m_modulatorRate * turbo / decimation - wanted);
             const bool better =
                 !found || error < bestError - tolerance ||
                 (error <= bestError + tolerance && turbo == m_turbo && bestTurbo != m_turbo);

@@ -196,6 +196,10 @@ private:
             p.sampleFrequency = number(value);
             if (p.sampleFrequency <= 0)
                 throw LineError{QStringLiteral("A sampling frequency must be positive.")};
+        } else if (key == QLatin1String("modulator rate")) {
+            p.modulatorRate = number(value);
+            if (p.modulatorRate <= 0)
+                throw LineError{QStringLiteral("A modulator rate must be positive.")};
         } else if (key == QLatin1String("calibrated")) {
             p.calibrated = yesNo(value);
         } else if (key == QLatin1String("plugged")) {
@@ -373,6 +377,7 @@ QString ScenarioReader::formatHelp() {
         "                             N or N.m per volt at 1 V excitation\n"
         "  gage voltage = 5           power-on default excitation, V\n"
         "  sampling frequency = 100   power-on default, Hz\n"
+        "  modulator rate = 72000     converter clock, Hz (3200 samples at 0.4 Hz)\n"
         "  calibrated = yes           no: matrix and zero values cleared, no record\n"
         "  plugged = yes              no: plug it in later with an event\n"
         "\n"

@@ -66,6 +66,7 @@ SimPlate::~SimPlate() = default;
 void SimPlate::loadFactoryState(const SimPlateConfig& config) {
     NoiseGenerator random(config.seed ^ 0xFAC7041Eull);
     m_serial = config.serial;
+    m_defaultConverter = ConverterModel(config.modulatorRate);
     m_defaultConverter.setSampleFrequency(config.sampleFrequency);
     m_defaultGage = float(config.gageVoltage);
     m_identity =

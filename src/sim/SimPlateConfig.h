@@ -1,5 +1,6 @@
 #pragma once
 
+#include "sim/ConverterModel.h"
 #include "sim/Matrix3.h"
 
 #include <QString>
@@ -24,6 +25,8 @@ struct SimPlateConfig {
     std::optional<Matrix3> trueMatrix;
     double gageVoltage = 5.0;       // power-on default, V
     double sampleFrequency = 100.0; // power-on default, Hz
+    // The converter's modulator clock; a slow one reaches sampling rates below 9 Hz.
+    double modulatorRate = ConverterModel::StandardModulatorRate; // Hz
     double ambientTemperature = 22.0;
     // A calibrated plate leaves the factory with a matrix close to the true one, zero values
     // close to its offsets and a calibration record; an uncalibrated one holds zeros.

@@ -148,6 +148,38 @@ TEST_F(AcquireCapture, DriftAveragesOneSecondPerPointAt1000Hz) {
     EXPECT_EQ(dialog->lblCapture->text(), strings::text(4310));
 }
 
+// A converter with a slow modulator samples at 0.4 Hz: samplesPerPoint rounds to 0, so every
+// sample is a point and a captured row of its own, timed k / f all the same.
+TEST_F(AcquireCapture, DriftAt04HzMakesEverySampleAPoint) {
+    SimPlateConfig slow;
+    slow.serial = QStringLiteral("30001");
+    slow.modulatorRate = 3200;
+    slow.sampleFrequency = 0.4;
+    SimPlate& slowPlate = *driver.addPlate(slow);
+    openPlates();
+    ASSERT_FLOAT_EQ(slowPlate.SampleFrequency(Which::Current), 0.4f);
+    int slowSamples = 0;
+    QObject::connect(&slowPlate, &PlateDevice::ForcesIn, [&] { ++slowSamples; });
+    openDialog(&slowPlate);
+    slowPlate.loads().placeWeight(70, 0.05, 0.1, slowPlate.now());
+
+    dialog->cmdDrift->click();
+    EXPECT_FLOAT_EQ(chart(0).SampleRate(), 0.4f);
+    dialog->cmdCapture->click();
+    clock.advance(10'000);
+    dialog->cmdCapture->click();
+    ASSERT_EQ(slowSamples, 4);
+    EXPECT_EQ(dialog->captureTable().rowCount(), slowSamples + 1);
+    EXPECT_NEAR(dialog->captureTable().row(3).forces[0], -70 * 9.80665, 5.0);
+
+    const QString file = path("slow drift.txt");
+    saveAs(file);
+    const QStringList text = lines(file);
+    ASSERT_EQ(text.size(), 1 + 4 + 1);
+    EXPECT_TRUE(text[1].startsWith(QStringLiteral("2.500000, "))) << text[1].toStdString();
+    EXPECT_TRUE(text[4].startsWith(QStringLiteral("10.000000, "))) << text[4].toStdString();
+}
+
 TEST_F(AcquireCapture, ClosingDuringADriftAsksNothingAndLeavesThePlateStreaming) {
     open(100);
     dialog->cmdDrift->click();
