@@ -15,7 +15,7 @@ namespace kx {
 inline constexpr int kMaxFixedDecimals = 30;
 inline constexpr int kMaxIntegerDigits = 30;
 // Room one call may need: sign, the 309 integer digits of the largest double, point and
-// decimals.
+// decimals. A call may use all of it as scratch, past the end of the text it returns.
 inline constexpr std::size_t kMaxNumberChars = 1 + 309 + 1 + kMaxFixedDecimals;
 
 // Writes the value with exactly `decimals` digits after a "." (no point when 0) and at least
