@@ -1,10 +1,13 @@
 # Set-up, build, run and test in one place; see README.md.
 BUILD      ?= build
 BUILD_ASAN ?= build-asan
+BUILD_FUZZ ?= build-fuzz
+FUZZ       ?= scenario
+FUZZ_TIME  ?= 60
 JOBS       ?= $(shell nproc)
 CMAKE_ARGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
 
-.PHONY: deps configure build run test test-sanitize bench format clean
+.PHONY: deps configure build run test test-sanitize fuzz bench format clean
 
 deps:
 	@scripts/install-deps.sh
@@ -27,6 +30,17 @@ test-sanitize: deps
 	@cmake --build $(BUILD_ASAN) -j $(JOBS)
 	@cd $(BUILD_ASAN) && ctest --output-on-failure -j $(JOBS) -LE gui
 
+# One fuzz target under libFuzzer and the sanitizers (needs clang); what it learns stays in
+# $(BUILD_FUZZ)/corpus; an input that breaks it or takes over 10 s is saved in the current
+# folder (crash-*, timeout-*).
+fuzz: deps
+	@cmake -S . -B $(BUILD_FUZZ) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
+		-DKX_SANITIZE=ON -DKX_FUZZ_LIBFUZZER=ON -DKX_BUILD_TESTS=OFF -DKX_BUILD_BENCH=OFF > /dev/null
+	@cmake --build $(BUILD_FUZZ) -j $(JOBS) --target fuzz_$(FUZZ)
+	@mkdir -p $(BUILD_FUZZ)/corpus/$(FUZZ)
+	$(BUILD_FUZZ)/bin/fuzz_$(FUZZ) -max_total_time=$(FUZZ_TIME) -timeout=10 $(BUILD_FUZZ)/corpus/$(FUZZ) \
+		fuzz/corpus/$(FUZZ) $(if $(filter scenario,$(FUZZ)),scenarios)
+
 bench: build
 	@for b in $(BUILD)/bin/bench_*; do echo "== $$b"; $$b; done
 
@@ -34,4 +48,4 @@ format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean:
-	rm -rf $(BUILD) $(BUILD_ASAN)
+	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_FUZZ)

@@ -224,6 +224,8 @@ void store(char* out, std::uint64_t word) {
 // caller's room of kMaxNumberChars.
 char* writeFixed(char* out, std::uint64_t number, int decimals, int integerDigits) {
     const int integerLength = std::max(digitCount(number) - decimals, integerDigits);
+    if (integerLength + decimals == 0)
+        return out; // a zero with no digits asked for: no word of digits starts anywhere
     if (number < 10'000'000'000'000'000ull && integerLength + decimals <= 16) {
         const SixteenDigits digits = sixteenDigits(number);
         const int first = 16 - decimals - integerLength;

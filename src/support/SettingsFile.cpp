@@ -11,6 +11,9 @@ namespace {
 
 constexpr char16_t kRootName[] = u"HKEY_CURRENT_USER";
 constexpr QStringView kNumberTag = u"dword:";
+// Levels below the root at most, as in the registry. Deeper keys are not a settings file: each
+// of their levels would be a key written out with its whole path.
+constexpr qsizetype kMaxKeyDepth = 512;
 
 // The full path of a key, its levels separated by single "\".
 QString fullPath(SettingsRoot, const QString& keyPath) {
@@ -116,7 +119,7 @@ std::optional<SettingsFile> SettingsFile::fromText(const QByteArray& bytes) {
 
     SettingsFile file;
     std::optional<std::size_t> key;
-    const QString rootPrefix = QString::fromUtf16(kRootName) + u'\\';
+    const QStringView rootName = kRootName;
     for (QStringView line : QStringTokenizer(text, u'\n')) {
         line = line.trimmed();
         if (line.isEmpty() || line.startsWith(u';'))
@@ -124,12 +127,16 @@ std::optional<SettingsFile> SettingsFile::fromText(const QByteArray& bytes) {
         if (line.startsWith(u'[')) {
             if (!line.endsWith(u']'))
                 return std::nullopt;
+            // The root is a key too: values can be set there.
             const QStringView path = line.sliced(1, line.size() - 2);
-            if (!path.startsWith(rootPrefix, Qt::CaseInsensitive) ||
-                path.size() == rootPrefix.size())
+            if (!path.startsWith(rootName, Qt::CaseInsensitive) ||
+                (path.size() > rootName.size() && path[rootName.size()] != u'\\'))
                 return std::nullopt;
-            key = file.createKey(
-                fullPath(SettingsRoot::CurrentUser, path.sliced(rootPrefix.size()).toString()));
+            const QString keyPath =
+                fullPath(SettingsRoot::CurrentUser, path.sliced(rootName.size()).toString());
+            if (keyPath.count(u'\\') > kMaxKeyDepth)
+                return std::nullopt;
+            key = file.createKey(keyPath);
             continue;
         }
         qsizetype pos = 0;
@@ -181,22 +188,28 @@ void SettingsFile::setValue(SettingsRoot root, const QString& keyPath, const QSt
 
 std::optional<std::size_t> SettingsFile::findKey(const QString& path) const {
     for (std::size_t i = 0; i < m_keys.size(); ++i) {
-        if (m_keys[i].path.compare(path, Qt::CaseInsensitive) == 0)
+        // Paths of different lengths never match; checking that first spares comparing the
+        // long common start of every level of a deep key.
+        if (m_keys[i].path.size() == path.size() &&
+            m_keys[i].path.compare(path, Qt::CaseInsensitive) == 0)
             return i;
     }
     return std::nullopt;
 }
 
 std::size_t SettingsFile::createKey(const QString& path) {
-    // Every level below the root, from the top down, like nested registry keys.
-    for (qsizetype end = path.indexOf(u'\\', path.indexOf(u'\\') + 1); end >= 0;
-         end = path.indexOf(u'\\', end + 1)) {
-        if (!findKey(path.left(end)))
-            m_keys.push_back({path.left(end), {}});
-    }
     if (const std::optional<std::size_t> existing = findKey(path))
         return *existing;
-    m_keys.push_back({path, {}});
+    // Like nested registry keys, every level below the root exists. Keys are made only here,
+    // each after its parent, so the missing levels are those below the deepest one found:
+    // looking from the bottom up stops early, however deep the key.
+    std::vector<qsizetype> missingEnds{path.size()}; // deepest first
+    const qsizetype rootEnd = path.indexOf(u'\\');
+    for (qsizetype end = path.lastIndexOf(u'\\'); end > rootEnd && !findKey(path.left(end));
+         end = path.lastIndexOf(u'\\', end - 1))
+        missingEnds.push_back(end);
+    for (auto end = missingEnds.rbegin(); end != missingEnds.rend(); ++end)
+        m_keys.push_back({path.left(*end), {}});
     return m_keys.size() - 1;
 }
 

@@ -188,6 +188,14 @@ TEST(AppendFixed, SinglesMatchTheirExactExpansionRoundedTwice) {
     }
 }
 
+TEST(AppendFixed, ZeroWithoutIntegerDigitsOrDecimalsIsNoText) {
+    char buffer[kx::kMaxNumberChars];
+    EXPECT_EQ(std::string(buffer, kx::appendFixed(buffer, 0.4, 0, 0)), "");
+    EXPECT_EQ(std::string(buffer, kx::appendFixed(buffer, -0.4f, 0, 0)), "");
+    EXPECT_EQ(std::string(buffer, kx::appendFixed(buffer, 0.5f, 0, 0)), "1");
+    EXPECT_EQ(formatNumber(0.0, u"x"), "x");
+}
+
 TEST(AppendFixed, TheLongestTextFitsTheAdvertisedRoom) {
     char buffer[kx::kMaxNumberChars];
     const char* end = kx::appendFixed(buffer, -std::numeric_limits<double>::max(),

@@ -7,6 +7,7 @@
 #include "support/SettingsKeys.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -128,6 +129,37 @@ TEST(SettingsFile, AcceptsHandEditedTextAndRejectsWhatIsNotASettingsFile) {
     };
     for (const char* text : damaged)
         EXPECT_FALSE(SettingsFile::fromText(text)) << text;
+}
+
+TEST(SettingsFile, ValuesAtTheRootReadBack) {
+    SettingsFile file;
+    file.setValue(kUser, "", "n", 5);
+    const std::optional<SettingsFile> read = SettingsFile::fromText(file.toText());
+    ASSERT_TRUE(read);
+    EXPECT_EQ(read->value(kUser, "\\", "n"), SettingValue(5));
+    EXPECT_TRUE(SettingsFile::fromText("[hkey_current_user\\]\n\"n\"=dword:1\n"));
+    EXPECT_FALSE(SettingsFile::fromText("[HKEY_CURRENT_USERS\\A]\n"));
+}
+
+TEST(SettingsFile, DeepKeysReadQuicklyAndDeeperThanTheRegistryAreRefused) {
+    const auto nested = [](int levels, qsizetype width) {
+        QByteArray path = "HKEY_CURRENT_USER";
+        for (int i = 0; i < levels; ++i)
+            path += '\\' + QByteArray(width, 'k');
+        return path;
+    };
+    // Every level is a key with its whole path; reading them back once took seconds.
+    const QByteArray deepest = nested(512, 128);
+    QElapsedTimer wall;
+    wall.start();
+    const std::optional<SettingsFile> file =
+        SettingsFile::fromText('[' + deepest + "]\n\"n\"=dword:2\n");
+    ASSERT_TRUE(file);
+    const std::optional<SettingsFile> reread = SettingsFile::fromText(file->toText());
+    EXPECT_LT(wall.elapsed(), 1000);
+    ASSERT_TRUE(reread);
+    EXPECT_EQ(reread->value(kUser, deepest.mid(18), "n"), SettingValue(2));
+    EXPECT_FALSE(SettingsFile::fromText('[' + nested(513, 1) + "]\n"));
 }
 
 TEST_F(Settings, EveryReadSeesTheFileAsItIsNow) {

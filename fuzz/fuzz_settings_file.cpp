@@ -1,0 +1,53 @@
+// The user settings file: any bytes either read as a store or are refused; a store that was
+// read is written so that it reads back the same, and texts and numbers of any content survive
+// being written and read back.
+
+#include "FuzzCheck.h"
+#include "support/SettingsFile.h"
+
+#include <QHash>
+#include <cstdint>
+
+using kx::SettingsFile;
+using kx::SettingsRoot;
+using kx::SettingValue;
+using kx::fuzz::check;
+
+namespace {
+
+constexpr SettingsRoot kUser = SettingsRoot::CurrentUser;
+
+// Writes the store and reads it again; written once more, the text must not change.
+SettingsFile roundTrip(const SettingsFile& store) {
+    const QByteArray written = store.toText();
+    const std::optional<SettingsFile> reread = SettingsFile::fromText(written);
+    check(reread.has_value(), "a written store reads back");
+    check(reread->toText() == written, "a store read back writes the same text");
+    return *reread;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const QByteArray bytes =
+        QByteArray::fromRawData(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
+    const std::optional<SettingsFile> read = SettingsFile::fromText(bytes);
+    if (read)
+        roundTrip(*read);
+
+    // A key path, a value name and a text taken from the input: the start of its first line
+    // (not too deep a key for a settings file), its second line and all of it.
+    const QString text = QString::fromUtf8(bytes);
+    const QString keyPath = text.section(u'\n', 0, 0).left(256);
+    const QString name = text.section(u'\n', 1, 1);
+    const QString numberName = name + QStringLiteral(" (number)");
+    const auto number = static_cast<qint32>(qHashBits(data, size));
+
+    SettingsFile store = read.value_or(SettingsFile());
+    store.setValue(kUser, keyPath, name, text);
+    store.setValue(kUser, keyPath, numberName, number);
+    const SettingsFile reread = roundTrip(store);
+    check(reread.value(kUser, keyPath, name) == SettingValue(text), "a text survives");
+    check(reread.value(kUser, keyPath, numberName) == SettingValue(number), "a number survives");
+    return 0;
+}
