@@ -23,7 +23,8 @@ using kx::fuzz::check;
 
 namespace {
 
-// How far the type's significant digits may stand from the value, relative to it.
+// How far the type's significant digits may stand from the value, relative to it: half a
+// unit of the last one.
 template <typename F>
 constexpr long double kRelativeError = std::is_same_v<F, float> ? 5e-7 : 5e-15;
 
@@ -86,8 +87,8 @@ void checkFixed(F value, int decimals, int integerDigits) {
     if (!fraction.empty())
         plain += '.' + std::string(fraction);
     const long double exact = value;
-    const long double allowed =
-        0.5L * std::pow(10.0L, -decimals) * (1 + 1e-12L) + 2 * kRelativeError<F> * std::fabs(exact);
+    const long double allowed = 0.5L * std::pow(10.0L, -decimals) * (1 + 1e-12L) +
+                                kRelativeError<F> * (1 + 1e-12L) * std::fabs(exact);
     check(std::fabs(readBack(plain) - exact) <= allowed, "the text is the value, rounded as asked");
 }
 
@@ -102,7 +103,7 @@ void checkGeneral(F value) {
     const std::size_t point = mantissa.find('.');
     check(point == std::string_view::npos || mantissa.back() != '0', "no trailing zeros");
     const long double exact = value;
-    check(std::fabs(readBack(*text) - exact) <= 2 * kRelativeError<F> * std::fabs(exact),
+    check(std::fabs(readBack(*text) - exact) <= kRelativeError<F> * (1 + 1e-12L) * std::fabs(exact),
           "the text is the value to its significant digits");
 }
 

@@ -23,7 +23,7 @@ namespace kx {
 // hexadecimal digits, read back as a signed 32-bit integer. Blank lines and lines starting
 // with ";" are ignored. Key paths and value names are matched without regard to case; a key
 // exists whether or not it holds values, and setting a value creates its key and every
-// missing level above it, as the registry does.
+// missing level above it, as the registry does. As there, keys nest at most 512 levels deep.
 class SettingsFile {
 public:
     // $KX_SETTINGS_FILE when set, else "Quentral/Plates Control Panel.reg" in the user's
