@@ -24,7 +24,6 @@
 #include <QApplication>
 #include <QCloseEvent>
 #include <QComboBox>
-#include <QDir>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
@@ -381,8 +380,7 @@ void frmMain::PlateListUpdateDone() {
         showSelectedDevice();
 
     // The beep was meant for a failed playback, but follows every playback.
-    m_prompt.playSound(QDir(QCoreApplication::applicationDirPath())
-                           .filePath(QLatin1String(resources::SoundFileName)));
+    m_prompt.playSound(resources::soundFile(QCoreApplication::applicationDirPath()));
     m_prompt.beep();
 }
 

@@ -39,7 +39,10 @@ Options readOptions(int argc, char** argv) {
     const QCommandLineOption scenarioFile(
         QStringLiteral("scenario"),
         QStringLiteral("Run on the plates and events of a scenario file."), QStringLiteral("FILE"));
+    const QCommandLineOption version(QStringLiteral("version"),
+                                     QStringLiteral("Show the program's version."));
     parser.addOption(help);
+    parser.addOption(version);
     parser.addOption(scenarioFile);
     Options options;
     if (!parser.parse(QCoreApplication::arguments())) {
@@ -47,6 +50,10 @@ Options readOptions(int argc, char** argv) {
         options.exitCode = 2;
     } else if (parser.isSet(help)) {
         print(stdout, parser.helpText() + u'\n' + kx::ScenarioReader::formatHelp());
+        options.exitCode = 0;
+    } else if (parser.isSet(version)) {
+        print(stdout, QCoreApplication::applicationName() + u' ' +
+                          QCoreApplication::applicationVersion() + u'\n');
         options.exitCode = 0;
     } else if (parser.isSet(scenarioFile)) {
         kx::ScenarioReader reader;
@@ -65,6 +72,8 @@ Options readOptions(int argc, char** argv) {
 int main(int argc, char** argv) {
     QCoreApplication::setApplicationName(QStringLiteral("kxcpl"));
     QCoreApplication::setApplicationVersion(QStringLiteral(KX_VERSION));
+    // Lets the desktop match the window to its menu entry and icon.
+    QGuiApplication::setDesktopFileName(QStringLiteral(KX_DESKTOP_ID));
     const Options options = readOptions(argc, argv);
     if (options.exitCode)
         return *options.exitCode;

@@ -5,6 +5,8 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QStandardPaths>
+#include <cstdio>
+#include <mutex>
 
 namespace kx {
 namespace {
@@ -41,12 +43,38 @@ QString FolderOfPath(const QString& path) {
 
 QString CommonAppDataFolder() {
 #ifdef Q_OS_WIN
-    const QString machineWide = qEnvironmentVariable("ProgramData");
+    return folderFrom("KX_COMMON_APPDATA", qEnvironmentVariable("ProgramData"));
 #else
-    const QString machineWide =
-        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+    const QString overridden = qEnvironmentVariable("KX_COMMON_APPDATA");
+    const QString machineWide = QLatin1String(MachineAppDataFolder);
+    const CommonAppDataChoice choice = ChooseCommonAppDataFolder(
+        overridden, machineWide,
+        overridden.isEmpty() && FolderIsWritable(machineWide + QLatin1String(ProfileSubfolder)),
+        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation));
+    if (!choice.notice.isEmpty()) {
+        // Every profile access asks again; the user needs to hear it only once a run.
+        static std::once_flag said;
+        std::call_once(said, [&] { std::fputs(qPrintable(choice.notice + u'\n'), stderr); });
+    }
+    return QDir::cleanPath(QDir::fromNativeSeparators(choice.folder));
 #endif
-    return folderFrom("KX_COMMON_APPDATA", machineWide);
+}
+
+CommonAppDataChoice ChooseCommonAppDataFolder(const QString& overridden, const QString& machineWide,
+                                              bool machineWideUsable, const QString& perUser) {
+    if (!overridden.isEmpty())
+        return {overridden, {}};
+    if (machineWideUsable)
+        return {machineWide, {}};
+    const QLatin1String subfolder(ProfileSubfolder);
+    return {perUser, QStringLiteral("kxcpl: the shared profile folder \"%1\" is missing or not "
+                                    "writable; keeping this user's own profile in \"%2\".")
+                         .arg(machineWide + subfolder, perUser + subfolder)};
+}
+
+bool FolderIsWritable(const QString& path) {
+    const QFileInfo folder(path);
+    return folder.isDir() && folder.isWritable();
 }
 
 QString DocumentsFolder() {

@@ -20,10 +20,31 @@ void CreateFolderPath(const QString& path);
 // has no separator or ends with one.
 QString FolderOfPath(const QString& path);
 
-// The machine-wide application-data folder: $KX_COMMON_APPDATA when set; on Windows
-// %ProgramData%; elsewhere the user's XDG data home (~/.local/share), because the
-// machine-wide data folders there are not writable by ordinary users.
+// The folder the installed package makes for the profile shared by every user of the machine;
+// the profile's own folder below it is writable by the group "kxcpl".
+inline constexpr char MachineAppDataFolder[] = "/var/lib/kxcpl";
+
+// The profile's folder below the common application-data folder.
+inline constexpr char ProfileSubfolder[] = "/Quentral/Plate Control Panel";
+
+// The common application-data folder: $KX_COMMON_APPDATA when set; on Windows %ProgramData%;
+// elsewhere MachineAppDataFolder when its profile folder is writable by this user, else the
+// user's XDG data home (~/.local/share), which is said once on stderr.
 QString CommonAppDataFolder();
+
+// The choice CommonAppDataFolder makes away from Windows, apart from the file system:
+// `overridden` is the environment's folder (empty when unset), `machineWideUsable` whether the
+// profile folder under `machineWide` is writable. `notice` is empty unless `perUser` was taken
+// for want of the machine-wide folder.
+struct CommonAppDataChoice {
+    QString folder;
+    QString notice;
+};
+CommonAppDataChoice ChooseCommonAppDataFolder(const QString& overridden, const QString& machineWide,
+                                              bool machineWideUsable, const QString& perUser);
+
+// True when the path names an existing folder in which this user may create files.
+bool FolderIsWritable(const QString& path);
 
 // The user's documents folder: $KX_DOCUMENTS when set, else the XDG documents folder.
 QString DocumentsFolder();

@@ -80,8 +80,8 @@ std::optional<std::pair<qsizetype, qsizetype>> findSection(const QStringList& li
 } // namespace
 
 IniFile IniFile::sharedProfile() {
-    return IniFile(CommonAppDataFolder() +
-                   QStringLiteral("/Quentral/Plate Control Panel/KXPlateCpl.ini"));
+    return IniFile(CommonAppDataFolder() + QLatin1String(ProfileSubfolder) +
+                   QStringLiteral("/KXPlateCpl.ini"));
 }
 
 QString IniFile::value(const QString& section, const QString& key,
