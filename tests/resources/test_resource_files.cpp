@@ -1,6 +1,8 @@
 #include "resources/ResourceFiles.h"
 
+#include <QDir>
 #include <QFile>
+#include <QTemporaryDir>
 #include <QtEndian>
 #include <gtest/gtest.h>
 
@@ -46,6 +48,35 @@ TEST(ResourceFiles, SoundBesideTheProgramIsAShortMonoPcmWave) {
     const double seconds = double(le32(wav, 40)) / (2 * 22050);
     EXPECT_GT(seconds, 0.1);
     EXPECT_LT(seconds, 0.4);
+}
+
+} // namespace
+
+namespace {
+
+void touch(const QString& path) {
+    QFile(path).open(QIODevice::WriteOnly);
+}
+
+// Run from the build, the sound is beside the program; installed, it is in share/kxcpl beside
+// bin, unless someone put one beside the program, which then wins.
+TEST(ResourceFiles, TheSoundIsFoundBesideTheProgramOrInTheInstalledDataFolder) {
+    QTemporaryDir prefix;
+    QDir(prefix.path()).mkpath("bin");
+    QDir(prefix.path()).mkpath("share/kxcpl");
+    const QString bin = prefix.filePath("bin");
+    const QString beside = prefix.filePath("bin/PSND_XX.sts");
+    const QString installed = prefix.filePath("share/kxcpl/PSND_XX.sts");
+
+    EXPECT_EQ(kx::resources::soundFile(bin), beside) << "neither: the place it belongs";
+    touch(installed);
+    EXPECT_EQ(kx::resources::soundFile(bin), installed);
+    touch(beside);
+    EXPECT_EQ(kx::resources::soundFile(bin), beside);
+    // A folder of that name is no sound.
+    QFile::remove(beside);
+    QDir(bin).mkdir("PSND_XX.sts");
+    EXPECT_EQ(kx::resources::soundFile(bin), installed);
 }
 
 } // namespace

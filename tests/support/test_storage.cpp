@@ -311,3 +311,60 @@ TEST(Folders, FolderOfPathAndSpecialFolders) {
 }
 
 } // namespace
+
+namespace {
+
+// The profile is one file for the whole machine where the installed package made its folder;
+// elsewhere (a program run from its build folder) each user keeps one and hears why once.
+TEST(SharedProfileFolder, MachineWideWhereUsableElseThePerUserFolderWithANotice) {
+    struct Case {
+        QString overridden;
+        bool machineWideUsable;
+        QString expected;
+        bool notice;
+    };
+    const Case cases[] = {{"", true, "/var/lib/kxcpl", false},
+                          {"", false, "/home/ann/.local/share", true},
+                          // the environment moves it wherever it points, usable or not
+                          {"/srv/plates", false, "/srv/plates", false},
+                          {"/srv/plates", true, "/srv/plates", false}};
+    for (const Case& c : cases) {
+        const CommonAppDataChoice choice = ChooseCommonAppDataFolder(
+            c.overridden, "/var/lib/kxcpl", c.machineWideUsable, "/home/ann/.local/share");
+        EXPECT_EQ(choice.folder, c.expected) << c.overridden.toStdString();
+        EXPECT_EQ(choice.notice.isEmpty(), !c.notice) << choice.notice.toStdString();
+    }
+    // The notice names both profile folders, so an administrator knows what to make.
+    const QString notice =
+        ChooseCommonAppDataFolder("", "/var/lib/kxcpl", false, "/home/ann/.local/share").notice;
+    EXPECT_TRUE(notice.contains("\"/var/lib/kxcpl/Quentral/Plate Control Panel\""))
+        << notice.toStdString();
+    EXPECT_TRUE(notice.contains("\"/home/ann/.local/share/Quentral/Plate Control Panel\""))
+        << notice.toStdString();
+}
+
+TEST(SharedProfileFolder, IsUsableOnlyAsAnExistingFolderThisUserMayWriteIn) {
+    test::TempEnvironment environment;
+    const QString folder = environment.path();
+    QFile(folder + "/file.txt").open(QIODevice::WriteOnly);
+    EXPECT_TRUE(FolderIsWritable(folder));
+    EXPECT_FALSE(FolderIsWritable(folder + "/missing"));
+    EXPECT_FALSE(FolderIsWritable(folder + "/file.txt"));
+
+    QDir(folder).mkdir("locked");
+    QFile::setPermissions(folder + "/locked", QFile::ReadOwner | QFile::ExeOwner);
+    // The superuser writes anywhere; the check asks the system rather than reading the bits.
+    QFile probe(folder + "/locked/probe");
+    const bool systemLetsUsWrite = probe.open(QIODevice::WriteOnly);
+    EXPECT_EQ(FolderIsWritable(folder + "/locked"), systemLetsUsWrite);
+    QFile::setPermissions(folder + "/locked",
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+}
+
+TEST(SharedProfileFolder, TheProfileFollowsTheEnvironmentVariable) {
+    test::TempEnvironment environment;
+    EXPECT_EQ(IniFile::sharedProfile().path(),
+              environment.commonAppDataFolder() + "/Quentral/Plate Control Panel/KXPlateCpl.ini");
+}
+
+} // namespace
