@@ -7,7 +7,7 @@ FUZZ_TIME  ?= 60
 JOBS       ?= $(shell nproc)
 CMAKE_ARGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
 
-.PHONY: deps configure build run test test-sanitize fuzz bench format clean
+.PHONY: deps configure build run test test-sanitize fuzz bench package screenshots format clean
 
 deps:
 	@scripts/install-deps.sh
@@ -43,6 +43,24 @@ fuzz: deps
 
 bench: build
 	@for b in $(BUILD)/bin/bench_*; do echo "== $$b"; $$b; done
+
+# The Debian package, $(BUILD)/kxcpl_<version>_<architecture>.deb; see README.md.
+package: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target kxcpl
+	@cd $(BUILD) && cpack
+
+# The README's pictures, taken from the real windows on the simulated plates by the window
+# tests; run after changing what the main window or the signals display shows.
+screenshots: configure
+	@cmake --build $(BUILD) -j $(JOBS) --target test_main_window
+	@rm -rf $(BUILD)/screenshots && mkdir -p $(BUILD)/screenshots
+	@KX_SCREENSHOT_DIR=$(abspath $(BUILD))/screenshots QT_QPA_PLATFORM=offscreen \
+		$(BUILD)/tests/test_main_window \
+		--gtest_filter='*TheMainWindowShowsEveryTextWhole:*ToolDialogs*/frmAcquireforces' \
+		--gtest_brief=1 2> /dev/null
+	@mkdir -p docs/screenshots
+	@cp $(BUILD)/screenshots/frmMain.png docs/screenshots/main-window.png
+	@cp $(BUILD)/screenshots/frmAcquire-forces.png docs/screenshots/signals-display.png
 
 format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i

@@ -20,6 +20,21 @@ struct Tool {
     QStringList clicks;
 };
 
+void expectEveryTextWhole(const QWidget& window) {
+    for (const QWidget* w : window.findChildren<QWidget*>()) {
+        if (!w->isVisible())
+            continue;
+        // Fixed-width push buttons need room for their caption, not for the style's padding.
+        if (const auto* push = qobject_cast<const QPushButton*>(w)) {
+            EXPECT_LT(push->fontMetrics().horizontalAdvance(push->text().remove(u'&')),
+                      push->width())
+                << push->objectName().toStdString();
+        } else if (qobject_cast<const QLabel*>(w) || qobject_cast<const QAbstractButton*>(w)) {
+            EXPECT_GE(w->width(), w->sizeHint().width()) << w->objectName().toStdString();
+        }
+    }
+}
+
 class ToolDialogs : public MainWindowBench, public ::testing::WithParamInterface<Tool> {};
 
 // Every tool dialog opens from the main window on the selected plate with a person on it and,
@@ -40,18 +55,7 @@ TEST_P(ToolDialogs, OpenOnTheSelectedPlateAndShowEveryTextWhole) {
         child<QAbstractButton>(dialog, name)->click();
     }
     clock.advance(6000);
-    for (const QWidget* w : dialog->findChildren<QWidget*>()) {
-        if (!w->isVisible())
-            continue;
-        // Fixed-width push buttons need room for their caption, not for the style's padding.
-        if (const auto* push = qobject_cast<const QPushButton*>(w)) {
-            EXPECT_LT(push->fontMetrics().horizontalAdvance(push->text().remove(u'&')),
-                      push->width())
-                << push->objectName().toStdString();
-        } else if (qobject_cast<const QLabel*>(w) || qobject_cast<const QAbstractButton*>(w)) {
-            EXPECT_GE(w->width(), w->sizeHint().width()) << w->objectName().toStdString();
-        }
-    }
+    expectEveryTextWhole(*dialog);
     keepScreenshot(*dialog, QLatin1String(tool.name));
     dialog->close();
     EXPECT_TRUE(window->isVisible());
@@ -76,6 +80,14 @@ INSTANTIATE_TEST_SUITE_P(
     });
 
 using DialogsInMainWindow = MainWindowBench;
+
+// The main window as a user first sees it, on the selected plate. Set KX_SCREENSHOT_DIR to keep
+// its picture.
+TEST_F(DialogsInMainWindow, TheMainWindowShowsEveryTextWhole) {
+    start();
+    expectEveryTextWhole(*window);
+    keepScreenshot(*window, QStringLiteral("frmMain"));
+}
 
 TEST_F(DialogsInMainWindow, UnplugWhileStreamingShowsOneBoxAndClosesHalfASecondLater) {
     start();
