@@ -1,7 +1,5 @@
 #include "sim/PlateTopView.h"
 
-#include "sim/PlateTopGeometry.h"
-
 #include <QMouseEvent>
 #include <QPainter>
 #include <cmath>
@@ -38,10 +36,14 @@ void PlateTopView::setLoads(const std::vector<PlateLoads::Placed>& loads) {
     update();
 }
 
+PlateTopGeometry PlateTopView::topGeometry() const {
+    return {size(), Margin};
+}
+
 void PlateTopView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const PlateTopGeometry geometry(size(), Margin);
+    const PlateTopGeometry geometry = topGeometry();
     const QRectF top = geometry.top();
     painter.fillRect(rect(), palette().window());
     painter.setPen(QPen(QColor(90, 90, 90), 2));
@@ -87,7 +89,7 @@ void PlateTopView::paintEvent(QPaintEvent*) {
 void PlateTopView::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton)
         return QWidget::mousePressEvent(event);
-    const QPointF plate = PlateTopGeometry(size(), Margin).toPlate(event->position());
+    const QPointF plate = topGeometry().toPlate(event->position());
     if (PlateTopGeometry::isOnTop(plate))
         Q_EMIT clickedAt(plate);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "sim/PlateLoads.h"
+#include "sim/PlateTopGeometry.h"
 
 #include <QList>
 #include <QPointF>
@@ -19,6 +20,8 @@ public:
     void setGuidePoints(const QList<QPointF>& points);
     void setLoads(const std::vector<PlateLoads::Placed>& loads);
     QSize sizeHint() const override { return {380, 360}; }
+    // Where the top lies in the picture at its present size.
+    PlateTopGeometry topGeometry() const;
 
 Q_SIGNALS:
     void clickedAt(QPointF plate);

@@ -219,7 +219,8 @@ QTableWidget* SimPlatePage::makeMatrixGrid(const char* objectName, const QString
     grid->setHorizontalHeaderLabels({tr("V1"), tr("V2"), tr("V3")});
     grid->setVerticalHeaderLabels({tr("Fz"), tr("Mx"), tr("My")});
     grid->horizontalHeader()->setSectionResizeMode(QHeaderView::Stretch);
-    grid->verticalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    grid->verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    grid->setWordWrap(false);
     grid->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     grid->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     for (int r = 0; r < 3; ++r)
