@@ -1,5 +1,6 @@
 #include "BenchFixture.h"
 #include "device/PlateError.h"
+#include "sim/ScenarioReader.h"
 
 #include <QAbstractButton>
 #include <QLineEdit>
@@ -229,6 +230,24 @@ TEST_F(SimBench, OnePagePerPlateAndEveryControlIsNamedForAssistiveTools) {
         }
     }
     EXPECT_GT(checked, 40);
+}
+
+TEST_F(SimBench, TheCalibrationScenarioLeavesTheLoadingToTheBench) {
+    ScenarioReader reader;
+    const auto scenario =
+        reader.readFile(QStringLiteral(KX_SCENARIO_DIR "/calibration-bench.scenario"));
+    ASSERT_TRUE(scenario) << reader.errorString().toStdString();
+    scenario->applyTo(driver);
+    openPlates();
+    bench = std::make_unique<frmSimBench>(driver, clock);
+    bench->show();
+    ASSERT_EQ(bench->tabPlates->count(), 1);
+    SimPlatePage* page = bench->page(QStringLiteral("30577"));
+    ASSERT_NE(page, nullptr);
+    EXPECT_EQ(page->plate().storedMatrix(), Matrix3{}) << "uncalibrated";
+    clock.advance(20 * 60 * 1000);
+    EXPECT_EQ(page->lstLoads->count(), 0) << "nothing comes on by itself";
+    EXPECT_EQ(bench->txtGravity->text(), QStringLiteral("9.79688")) << "the site's, to copy";
 }
 
 TEST_F(SimBench, TheShortcutOnTheMainWindowBringsTheBenchBack) {
