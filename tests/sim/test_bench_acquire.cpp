@@ -1,4 +1,5 @@
 #include "BenchFixture.h"
+#include "MainWindowBench.h"
 #include "measure/StripChart.h"
 #include "support/Settings.h"
 #include "support/SettingsKeys.h"
@@ -33,6 +34,29 @@ TEST_F(BenchAndDisplay, AWeightPlacedAtTheBenchShowsInTheSignalsDisplay) {
 
     bench->resize(1000, 700);
     keepScreenshot(*bench, QStringLiteral("sim_bench_weight_on_plate"));
+}
+
+using BenchBesideMainWindow = MainWindowBench;
+
+TEST_F(BenchBesideMainWindow, StaysUsableWhileAToolHidesTheMainWindowAndGoesWithIt) {
+    start();
+    QPointer<frmSimBench> bench = new frmSimBench(*sim, clock);
+    bench->show();
+    control<QPushButton>(QStringLiteral("cmdAcquire"))->click();
+    ASSERT_NE(shownDialog<frmAcquire>(), nullptr);
+    ASSERT_FALSE(window->isVisible());
+
+    EXPECT_TRUE(bench->isVisible());
+    EXPECT_TRUE(bench->isEnabled());
+    SimPlatePage* page = bench->page(Fw2Plate);
+    ASSERT_NE(page, nullptr);
+    page->cmdPlace->click();
+    EXPECT_EQ(plate(Fw2Plate)->loads().onPlate(plate(Fw2Plate)->now()).size(), 1u);
+
+    shownDialog<frmAcquire>()->close();
+    window->close(); // the main window lets go of the driver
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_TRUE(bench.isNull());
 }
 
 } // namespace
