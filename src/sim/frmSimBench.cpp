@@ -21,8 +21,9 @@ namespace {
 // Gravity at the earth's surface lies between about 9.76 and 9.84 m/s².
 const BenchRange SiteGravity{QStringLiteral("Gravity"), 9.7, 9.9, QStringLiteral("m/s²")};
 
+// Every digit a scenario or the user gave, so the value can be copied into a calibration.
 QString gravityText(double value) {
-    return QString::number(value, 'f', 5);
+    return QString::number(value, 'g', 10);
 }
 
 } // namespace
@@ -79,9 +80,9 @@ void frmSimBench::setGuidePoints(const QList<QPointF>& points) {
 }
 
 SimPlatePage* frmSimBench::page(const QString& serial) const {
-    for (SimPlatePage* page : m_pages)
-        if (page->plate().serial().compare(serial, Qt::CaseInsensitive) == 0)
-            return page;
+    for (SimPlatePage* candidate : m_pages)
+        if (candidate->plate().serial().compare(serial, Qt::CaseInsensitive) == 0)
+            return candidate;
     return nullptr;
 }
 
