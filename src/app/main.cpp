@@ -6,10 +6,12 @@
 #include "app/mLoader.h"
 #include "sim/ScenarioReader.h"
 #include "sim/SimDriver.h"
+#include "sim/frmSimBench.h"
 #include "support/QtClock.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
+#include <QPointer>
 #include <cstdio>
 #include <optional>
 
@@ -25,6 +27,7 @@ void print(std::FILE* stream, const QString& text) {
 struct Options {
     std::optional<int> exitCode;
     kx::Scenario scenario = kx::Scenario::defaults();
+    bool bench = false;
 };
 
 Options readOptions(int argc, char** argv) {
@@ -41,9 +44,15 @@ Options readOptions(int argc, char** argv) {
         QStringLiteral("Run on the plates and events of a scenario file."), QStringLiteral("FILE"));
     const QCommandLineOption version(QStringLiteral("version"),
                                      QStringLiteral("Show the program's version."));
+    const QCommandLineOption bench(
+        QStringLiteral("bench"),
+        QStringLiteral("Open the \"Simulated Plates\" bench window too, to load the plates by hand "
+                       "and give them faults. From the main window: %1.")
+            .arg(kx::frmSimBench::shortcut().toString(QKeySequence::NativeText)));
     parser.addOption(help);
     parser.addOption(version);
     parser.addOption(scenarioFile);
+    parser.addOption(bench);
     Options options;
     if (!parser.parse(QCoreApplication::arguments())) {
         print(stderr, parser.errorText() + u'\n');
@@ -64,6 +73,7 @@ Options readOptions(int argc, char** argv) {
             options.exitCode = 2;
         }
     }
+    options.bench = parser.isSet(bench);
     return options;
 }
 
@@ -87,12 +97,21 @@ int main(int argc, char** argv) {
         QApplication application(argc, argv);
         kx::QtClock clock;
         kx::QtPrompt prompt;
+        kx::SimDriver* plates = nullptr;
         kx::frmMain window(clock, prompt, [&] {
             auto driver = std::make_unique<kx::SimDriver>(clock);
             options.scenario.applyTo(*driver);
+            plates = driver.get();
             return driver;
         });
         window.load();
-        return application.exec();
+        // The bench goes by itself when the main window lets go of the driver.
+        QPointer<kx::frmSimBench> bench = new kx::frmSimBench(*plates, clock);
+        bench->installShortcut(window);
+        if (options.bench)
+            bench->bringToFront();
+        const int exitCode = application.exec();
+        delete bench;
+        return exitCode;
     });
 }

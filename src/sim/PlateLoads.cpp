@@ -70,4 +70,12 @@ Wrench PlateLoads::wrenchAt(double seconds) const {
     return w;
 }
 
+std::vector<PlateLoads::Placed> PlateLoads::onPlate(double seconds) const {
+    std::vector<Placed> placed;
+    for (const Load& load : m_loads)
+        if (load.on <= seconds && seconds < load.off)
+            placed.push_back(Placed{load.mass, load.x, load.y, load.person});
+    return placed;
+}
+
 } // namespace kx

@@ -31,6 +31,15 @@ public:
 
     Wrench wrenchAt(double seconds) const;
 
+    struct Placed {
+        double kilograms;
+        double x;
+        double y;
+        bool person;
+    };
+    // What is on the plate at `seconds`: placed by then and not yet taken off.
+    std::vector<Placed> onPlate(double seconds) const;
+
 private:
     struct Load {
         double mass;

@@ -14,13 +14,13 @@ void perform(SimDriver& driver, SimPlate& plate, const Scenario::Event& event) {
     using Action = Scenario::Event::Action;
     switch (event.action) {
     case Action::PlaceWeight:
-        plate.loads().placeWeight(event.kilograms, event.x, event.y, plate.now());
+        plate.placeWeight(event.kilograms, event.x, event.y);
         return;
     case Action::PlacePerson:
-        plate.loads().placePerson(event.kilograms, event.x, event.y, event.stance, plate.now());
+        plate.placePerson(event.kilograms, event.x, event.y, event.stance);
         return;
     case Action::Unload:
-        plate.loads().removeAll(plate.now());
+        plate.unload();
         return;
     case Action::Unplug:
         driver.unplug(plate.serial());

@@ -64,6 +64,7 @@ public:
     void inject(const QString& serial, PlateFault fault);
     // Standard gravity unless a scenario sets the local value, m/s².
     void setGravity(double metresPerSecond2);
+    double gravity() const { return m_gravity; }
     // Other HID devices on the bus (keyboard, mouse, ...), counted by HIDs().
     void setOtherHidDevices(int count) { m_otherHids = count; }
     Clock& clock() const { return m_clock; }

@@ -577,4 +577,24 @@ void SimPlate::ExecuteCommand(qint16, qint16 code) {
     m_record.execute(code, temperatureNow(), m_clock.tickCount());
 }
 
+void SimPlate::placeWeight(double kilograms, double x, double y) {
+    m_loads.placeWeight(kilograms, x, y, now());
+}
+
+void SimPlate::placePerson(double kilograms, double x, double y, PlateLoads::Stance stance) {
+    m_loads.placePerson(kilograms, x, y, stance, now());
+}
+
+void SimPlate::unload() {
+    m_loads.removeAll(now());
+}
+
+Matrix3 SimPlate::storedMatrix() const {
+    Matrix3 m{};
+    for (std::size_t r = 0; r < 3; ++r)
+        for (std::size_t c = 0; c < 3; ++c)
+            m[r][c] = m_table[r][c];
+    return m;
+}
+
 } // namespace kx

@@ -117,6 +117,19 @@ public:
     // Seconds since the start of the driver's timeline.
     double now() const;
 
+    // What a scenario event or the bench does to the plate, taking effect now.
+    void placeWeight(double kilograms, double x, double y);
+    void placePerson(double kilograms, double x, double y, PlateLoads::Stance stance);
+    void unload();
+    // The room around the plate, °C; a powered plate warms up above it.
+    void setAmbientTemperature(double celsius) { m_truth.ambientTemperature = celsius; }
+    double ambientTemperature() const { return m_truth.ambientTemperature; }
+    // The plate's temperature now, left out of the service record's extremes.
+    double currentTemperature() const { return m_truth.temperature(now() - m_poweredAtSeconds); }
+    // The 3x3 matrix stored in the plate, read past the plate's operations so that no planned
+    // failure is used up and an unplugged plate still shows it.
+    Matrix3 storedMatrix() const;
+
 private:
     friend class SimDriver;
     // Driver side.
@@ -151,7 +164,7 @@ private:
     const quint8 m_firmwareMajor;
     const quint8 m_firmwareMinor;
     const qint32 m_codeOrigin; // offset-binary codes on firmware 1.x
-    const PlateTruth m_truth;
+    PlateTruth m_truth;        // the chain reads it; only the ambient temperature ever changes
     SignalChain m_chain;
     PlateLoads m_loads;
 
