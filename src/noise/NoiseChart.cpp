@@ -18,7 +18,7 @@ namespace {
 
 constexpr int LeftMargin = 58;
 constexpr int RightMargin = 12;
-constexpr int TitleHeight = 20;
+constexpr int TitleHeight = 28; // the title, and room for the top label
 constexpr int AxisHeight = 34;
 constexpr int LegendHeight = 34;
 constexpr int PanelGap = 6;
@@ -131,7 +131,7 @@ void NoiseChart::paint(QPainter& painter, const QRect& area) const {
         const auto py = [&](double codes) { return plot.bottom() - y.at(codes) * plot.height(); };
 
         painter.setPen(axisPen);
-        painter.drawText(QRect(area.left(), top, area.width(), TitleHeight),
+        painter.drawText(QRect(area.left(), top, area.width(), TitleHeight - 8),
                          Qt::AlignLeft | Qt::AlignVCenter,
                          strings::text(strings::noise::ChartChannel) + QString::number(c + 1) +
                              QStringLiteral("  -  ") + strings::text(strings::noise::ChartDeviation));

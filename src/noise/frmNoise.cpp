@@ -146,7 +146,7 @@ QGroupBox* frmNoise::buildResultsFrame() {
     picNoise = new NoiseChart(frmResults);
     picNoise->setObjectName(QStringLiteral("picNoise"));
     picNoise->setAccessibleName(strings::text(strings::noise::ChartDeviation));
-    picNoise->setMinimumSize(340, 320);
+    picNoise->setMinimumSize(360, 460);
 
     auto* row = new QHBoxLayout(frmResults);
     row->addWidget(lstResults, 3);
@@ -224,6 +224,7 @@ void frmNoise::Timer1_Timer() {
         return;
     }
     Timer1->stop();
+    setStatus({}); // the progress bar tells from here on
     startTest();
 }
 

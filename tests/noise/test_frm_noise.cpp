@@ -204,6 +204,24 @@ TEST_F(NoiseTest, TheFileOfASmallPlanIsExactlyTheGoldenOne) {
     EXPECT_EQ(fileBytes(dialog->resultPath()), golden.readAll());
 }
 
+TEST_F(NoiseTest, TheListFileAndPlanKeepTheFrequencyThePlateTookNotTheOneAsked) {
+    smallPlan();
+    plan({{"Frequency 1", "333"}});
+    plate.SetSampleFrequency(Which::Current, 333);
+    const float taken = plate.SampleFrequency(Which::Current);
+    ASSERT_NE(taken, 333.0f) << "the plate rounds to what its converter can do";
+    plate.SetSampleFrequency(Which::Current, 100);
+    open();
+    dialog->cmdAcquire->click();
+    ASSERT_TRUE(advanceSecondsUntil([&] { return !dialog->running(); }, 60));
+    const QString shown = formatNumber(taken, u"000.000");
+    EXPECT_TRUE(dialog->lstResults->item(1)->text().startsWith("0.250   " + shown));
+    EXPECT_EQ(fileItems(dialog->resultPath())[0][11], shown);
+    dialog->cmdOK->click();
+    EXPECT_EQ(ini().value("Noise", "Frequency 1", {}), formatGeneral(taken));
+    EXPECT_EQ(plate.SampleFrequency(Which::Current), 100.0f);
+}
+
 TEST_F(NoiseTest, CancelledAfterThreeTestsTheFileHasZerosForTheRestAndThePlateIsRestored) {
     plate.SetSampleFrequency(Which::Current, 1000);
     plate.SetGageVoltage(Which::Current, 3.3f);
