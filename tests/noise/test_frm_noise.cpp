@@ -191,6 +191,8 @@ TEST_F(NoiseTest, TheFileOfASmallPlanIsExactlyTheGoldenOne) {
     dialog->cmdAcquire->click();
     for (int test = 0; test < 4; ++test) {
         ASSERT_TRUE(advanceSecondsUntil([&] { return measuring(); }, 10)) << test;
+        EXPECT_EQ(dialog->ProgressBar1->maximum(), test % 2 ? 400 : 200) << "2 s of samples";
+        EXPECT_FALSE(dialog->cmdOK->isEnabled() || dialog->cmdCancel->isEnabled());
         plate.StopAcquisition();
         const double n = test + 1;
         Q_EMIT plate.ZeroDone(200, {-1000.5 * n, 2e6 * n, 7, 8}, {1.25 * n, 0.5, 0, 0},
