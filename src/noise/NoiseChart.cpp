@@ -134,7 +134,8 @@ void NoiseChart::paint(QPainter& painter, const QRect& area) const {
         painter.drawText(QRect(area.left(), top, area.width(), TitleHeight - 8),
                          Qt::AlignLeft | Qt::AlignVCenter,
                          strings::text(strings::noise::ChartChannel) + QString::number(c + 1) +
-                             QStringLiteral("  -  ") + strings::text(strings::noise::ChartDeviation));
+                             QStringLiteral("  -  ") +
+                             strings::text(strings::noise::ChartDeviation));
 
         // Decades and their minor lines across, the plan's frequencies up.
         for (int decade = int(y.low); decade <= int(y.high); ++decade) {

@@ -158,6 +158,7 @@ void frmNoise::loading() {
     const IniFile ini = IniFile::sharedProfile();
     CreateFolderPath(FolderOfPath(ini.path()));
     m_plan = NoisePlan::read(ini);
+    m_planRead = true;
     m_results = NoiseResults(m_plan.channels, m_plan.frequencyCount(), m_plan.excitationCount());
     m_sequence = NoiseSequence(m_plan.frequencyCount(), m_plan.excitationCount());
     picNoise->setData(&m_plan, &m_results);
@@ -338,7 +339,8 @@ void frmNoise::setStatus(const QString& status) {
 
 void frmNoise::unloading() {
     stopRun();
-    m_plan.write(IniFile::sharedProfile());
+    if (m_planRead)
+        m_plan.write(IniFile::sharedProfile());
     if (device())
         disconnect(device(), nullptr, this, nullptr);
 }

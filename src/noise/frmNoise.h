@@ -85,6 +85,7 @@ private:
     float m_savedFrequency = 0;
     float m_savedExcitation = 0;
     quint32 m_waitStart = 0;
+    bool m_planRead = false; // a dialog closed before it loaded must not overwrite the plan
     bool m_running = false;
     bool m_measuring = false;
 };

@@ -131,6 +131,15 @@ TEST_F(NoiseTest, WithoutAPlateNothingCanStart) {
     EXPECT_EQ(unloads, 1);
 }
 
+TEST_F(NoiseTest, ADialogClosedBeforeItLoadedLeavesThePlanAlone) {
+    plan({{"Frequencies", "2"}, {"Frequency 1", "100"}});
+    const QByteArray before = fileBytes(ini().path());
+    frmNoise unshown(ToolContext{clock, prompt});
+    unshown.setDevice(&plate);
+    unshown.reject();
+    EXPECT_EQ(fileBytes(ini().path()), before);
+}
+
 // 5.5 hours of plate time in one advance of the manual clock.
 TEST_F(NoiseTest, AFullDefaultRunKeepsItsWaitsAndLeavesAWholeFileAndPicture) {
     const float frequencyBefore = plate.SampleFrequency(Which::Current);
