@@ -15,6 +15,7 @@
 #include "measure/frmAcquire.h"
 #include "measure/frmMeter.h"
 #include "measure/frmZero.h"
+#include "noise/frmNoise.h"
 #include "resources/ResourceFiles.h"
 #include "resources/StringTable.h"
 #include "scale/frmScale.h"
@@ -108,6 +109,7 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
     addTool(cmdProgramID, [this] { return new frmProgramID(toolContext()); });
     addTool(cmdEncoder, [this] { return new frmEncoder(toolContext()); });
     addTool(cmdAcquire, [this] { return new frmAcquire(toolContext()); });
+    addTool(cmdNoise, [this] { return new frmNoise(toolContext()); });
     setPlatePanelsEnabled(false);
 }
 

@@ -68,8 +68,18 @@ inline constexpr int SampFreq = 7130;       // lblSampFreq, beside lblFreqTxt
 inline constexpr int Duration = 7140;       // lblDuration, beside lblDurationTxt
 inline constexpr int ExcTitke = 7150;       // lblExcTitke, beside lblExcitationTxt
 inline constexpr int Of = 7160;             // " of " in lblF and lblV
+inline constexpr int NoPlatform = 7200;
+inline constexpr int Ready = 7210;
+inline constexpr int WaitingToStart = 7220; // status while a test is prepared
+inline constexpr int Waiting = 7230;        // the countdown: "Waiting" + " 3542 s " + ...
+inline constexpr int ToStartTests = 7231;   // ... before the first test
+inline constexpr int ToStartTest = 7232;    // ... before the others
 inline constexpr int TestsDone = 7240;      // status at the end of a run
+inline constexpr int FileNotSaved = 7250;   // status while the result file cannot be written
 inline constexpr int ResultsFrame = 7300;   // frmResults
+inline constexpr int ChartChannel = 7410;   // picNoise: "Channel " + number
+inline constexpr int ChartDeviation = 7420; // picNoise: what is plotted
+inline constexpr int ChartFrequency = 7430; // picNoise: the horizontal axis
 } // namespace noise
 
 namespace calibrate {

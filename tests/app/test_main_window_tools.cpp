@@ -30,7 +30,6 @@ protected:
 
 TEST_F(MainWindowTools, ADialogGetsThePlateAndTheWindowWhileOpen) {
     start();
-    EXPECT_FALSE(window->cmdNoise->isEnabled()) << "no dialog, no button";
     addBenchTool(window->cmdNoise, strings::NoiseBlock);
     EXPECT_TRUE(window->cmdNoise->isEnabled());
     EXPECT_FALSE(window->cmdCalibrate->isEnabled());

@@ -74,7 +74,8 @@ INSTANTIATE_TEST_SUITE_P(
         Tool{"frmScale", &frmMain::cmdScale, {"cmdDisplay"}},
         Tool{"frmPlateInfoEx", [](frmMain& w) { return w.frmGeneralInfo->cmdDevInfoEx; }, {}},
         Tool{"frmProgramID", &frmMain::cmdProgramID, {"cmdGet"}},
-        Tool{"frmEncoder", &frmMain::cmdEncoder, {}}),
+        Tool{"frmEncoder", &frmMain::cmdEncoder, {}},
+        Tool{"frmNoise", &frmMain::cmdNoise, {"cmdAcquire"}}),
     [](const auto& param) {
         return QString::fromLatin1(param.param.name).remove(u'-').toStdString();
     });

@@ -78,7 +78,8 @@ std::vector<std::pair<int, std::vector<int>>> assignedNumbers() {
           acquire::CaptureFrequency}},
         {NoiseBlock,
          {noise::Title, noise::TestParamFrame, noise::TitleF, noise::TitleV, noise::SampFreq,
-          noise::Duration, noise::ExcTitke, noise::Of, noise::TestsDone, noise::ResultsFrame}},
+          noise::Duration, noise::ExcTitke, noise::Of, noise::TestsDone, noise::ResultsFrame,
+          noise::FileNotSaved, noise::ChartChannel, noise::ChartDeviation, noise::ChartFrequency}},
         {CalibrateBlock, cal},
     };
 }

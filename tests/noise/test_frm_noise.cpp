@@ -1,0 +1,333 @@
+#include "../support/FileSizeLimit.h"
+#include "../support/PrintQString.h"
+#include "DialogFixture.h"
+#include "noise/NoiseChart.h"
+#include "noise/frmNoise.h"
+#include "resources/StringTable.h"
+#include "support/IniFile.h"
+#include "support/NumberFormat.h"
+
+#include <QDir>
+#include <QFile>
+#include <QGroupBox>
+#include <QImage>
+#include <QLabel>
+#include <QListWidget>
+#include <QProgressBar>
+#include <QPushButton>
+
+namespace kx {
+namespace {
+
+QByteArray fileBytes(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// The lines of a result file, each split into its items.
+QList<QStringList> fileItems(const QString& path) {
+    QList<QStringList> lines;
+    const QString text = QString::fromLatin1(fileBytes(path));
+    for (const QString& line : text.split("\r\n", Qt::SkipEmptyParts))
+        lines << line.split(' ', Qt::SkipEmptyParts);
+    return lines;
+}
+
+// The ticks at which tests begin (the progress bar appears) and end (the plate's zero is
+// done), seen from outside the dialog.
+class TestTimes : public QObject {
+public:
+    TestTimes(QProgressBar* bar, PlateDevice& plate, const Clock& clock)
+        : m_clock(clock) {
+        bar->installEventFilter(this);
+        connect(&plate, &PlateDevice::ZeroDone, this, [this] { ends << m_clock.tickCount(); });
+    }
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Show)
+            starts << m_clock.tickCount();
+        return false;
+    }
+    QList<quint32> starts;
+    QList<quint32> ends;
+
+private:
+    const Clock& m_clock;
+};
+
+class NoiseTest : public test::DialogFixture<frmNoise> {
+protected:
+    IniFile ini() const { return IniFile::sharedProfile(); }
+    void plan(std::initializer_list<std::pair<const char*, const char*>> values) {
+        QDir().mkpath(FolderOfIni());
+        for (const auto& [key, value] : values)
+            ini().setValue("Noise", key, value);
+    }
+    QString FolderOfIni() const { return QFileInfo(ini().path()).path(); }
+    // A plan that runs in minutes: two frequencies, two excitations, 1 s waits, 2 s tests.
+    void smallPlan() {
+        plan({{"Frequencies", "2"},
+              {"Excitations", "2"},
+              {"Test Duration", "2"},
+              {"Initial Delay", "1"},
+              {"Frequency Settling Time", "1"},
+              {"Excitation Settling Time", "1"}});
+    }
+    frmNoise& open() {
+        openDialog(&plate);
+        times = std::make_unique<TestTimes>(dialog->ProgressBar1, plate, clock);
+        return *dialog;
+    }
+    // Moves the clock in whole seconds until `done` holds, at most `limitS` seconds.
+    bool advanceSecondsUntil(const std::function<bool()>& done, int limitS) {
+        for (int s = 0; s < limitS && !done(); ++s)
+            clock.advance(1000);
+        return done();
+    }
+    bool measuring() const { return dialog->ProgressBar1->isVisible(); }
+
+    SimPlate& plate = openDefaultPlates();
+    std::unique_ptr<TestTimes> times;
+};
+
+TEST_F(NoiseTest, OpensWithItsCaptionsNamesAndTheFirstFreeFile) {
+    QFile taken(environment.documentsFolder() + "/20418_Noise_1.TXT");
+    ASSERT_TRUE(taken.open(QIODevice::WriteOnly));
+    taken.close();
+    QDir(environment.commonAppDataFolder()).removeRecursively();
+    open();
+    EXPECT_EQ(dialog->windowTitle(), "KX Force Platforms Control Panel - Noise Test");
+    const std::pair<const char*, const char*> captions[] = {{"cmdAcquire", "&Acquire"},
+                                                            {"cmdOK", "&OK"},
+                                                            {"cmdCancel", "&Cancel"},
+                                                            {"frmTestParam", "Test Parameters:"},
+                                                            {"lblTitleF", "Frequency:"},
+                                                            {"lblTitleV", "Excitation:"},
+                                                            {"lblSampFreq", "Sampling Freq (Hz):"},
+                                                            {"lblDuration", "Duration (s):"},
+                                                            {"lblExcTitke", "Excitation (V):"},
+                                                            {"frmResults", "Results:"},
+                                                            {"StatusBar1Panel1", "Ready"}};
+    for (const auto& [name, caption] : captions) {
+        QObject* control = test::child<QObject>(dialog.get(), name);
+        ASSERT_NE(control, nullptr);
+        const QVariant text =
+            control->property(qobject_cast<QGroupBox*>(control) ? "title" : "text");
+        EXPECT_EQ(text.toString(), caption) << name;
+    }
+    for (const char* name : {"lblF", "lblFreqTxt", "lblV", "lblExcitationTxt", "lblDurationTxt",
+                             "lstResults", "picNoise"})
+        EXPECT_FALSE(test::child<QWidget>(dialog.get(), name)->accessibleName().isEmpty()) << name;
+    EXPECT_EQ(dialog->lblFreqTxt->accessibleName(), "Sampling Freq (Hz)");
+    EXPECT_EQ(dialog->resultPath(), environment.documentsFolder() + "/20418_Noise_2.TXT");
+    EXPECT_TRUE(QFileInfo(FolderOfIni()).isDir()) << "the INI file's folder is made on opening";
+    EXPECT_TRUE(dialog->cmdAcquire->isEnabled());
+}
+
+TEST_F(NoiseTest, WithoutAPlateNothingCanStart) {
+    openDialog(nullptr);
+    EXPECT_EQ(dialog->StatusBar1Panel1->text(), "No Platform");
+    EXPECT_FALSE(dialog->cmdAcquire->isEnabled());
+    dialog->close();
+    EXPECT_EQ(unloads, 1);
+}
+
+TEST_F(NoiseTest, ADialogClosedBeforeItLoadedLeavesThePlanAlone) {
+    plan({{"Frequencies", "2"}, {"Frequency 1", "100"}});
+    const QByteArray before = fileBytes(ini().path());
+    frmNoise unshown(ToolContext{clock, prompt});
+    unshown.setDevice(&plate);
+    unshown.reject();
+    EXPECT_EQ(fileBytes(ini().path()), before);
+}
+
+// 5.5 hours of plate time in one advance of the manual clock.
+TEST_F(NoiseTest, AFullDefaultRunKeepsItsWaitsAndLeavesAWholeFileAndPicture) {
+    const float frequencyBefore = plate.SampleFrequency(Which::Current);
+    const float excitationBefore = plate.GageVoltage(Which::Current);
+    open();
+    const quint32 acquired = clock.tickCount();
+    dialog->cmdAcquire->click();
+    EXPECT_FALSE(dialog->cmdAcquire->isEnabled());
+    EXPECT_EQ(dialog->lblF->text(), "1 of 5");
+    EXPECT_EQ(dialog->lblV->text(), "1 of 20");
+    EXPECT_EQ(dialog->lblDurationTxt->text(), "60");
+    clock.advance(58000);
+    EXPECT_EQ(dialog->StatusBar1Panel1->text(), "Waiting 3542 s to start tests");
+
+    clock.advance(3 * 3600 * 1000 - 58000);
+    ASSERT_TRUE(measuring() || dialog->Timer1->isEnabled());
+    test::keepScreenshot(*dialog, "frmNoise-mid-run");
+    clock.advance(3 * 3600 * 1000);
+
+    ASSERT_EQ(times->starts.size(), 100);
+    ASSERT_EQ(times->ends.size(), 100);
+    // A test begins on the first tick of the one-second timer after its wait has passed.
+    EXPECT_EQ(times->starts[0] - acquired, 3601000u);
+    EXPECT_EQ(times->starts[1] - times->ends[0], 11000u);
+    EXPECT_EQ(times->starts[5] - times->ends[4], 301000u);
+    EXPECT_EQ(times->starts[6] - times->ends[5], 11000u);
+    EXPECT_EQ(dialog->StatusBar1Panel1->text(), "Tests Done - press OK ot save and exit");
+    EXPECT_TRUE(dialog->cmdAcquire->isEnabled());
+    EXPECT_TRUE(dialog->cmdOK->isEnabled());
+    EXPECT_EQ(dialog->lstResults->count(), 100);
+    EXPECT_EQ(plate.SampleFrequency(Which::Current), frequencyBefore);
+    EXPECT_EQ(plate.GageVoltage(Which::Current), excitationBefore);
+
+    const QList<QStringList> lines = fileItems(dialog->resultPath());
+    ASSERT_EQ(lines.size(), 20);
+    for (const QStringList& items : lines) {
+        ASSERT_EQ(items.size(), 1 + 5 * (1 + 3 * 3));
+        for (int f = 0; f < 5; ++f)
+            EXPECT_GT(items[1 + f * 10 + 2].toDouble(), 0) << "every test measured a deviation";
+    }
+    EXPECT_EQ(lines[19][0], "5.000");
+    const QString picturePath = dialog->resultPath().replace(".TXT", ".png");
+    const QImage picture(picturePath);
+    EXPECT_FALSE(picture.isNull());
+    if (const QString folder = qEnvironmentVariable("KX_SCREENSHOT_DIR"); !folder.isEmpty())
+        QFile::copy(picturePath, QDir(folder).filePath("frmNoise-picture.png"));
+}
+
+// The frequencies read back from the plate, the figures from a zero-done event of our own.
+TEST_F(NoiseTest, TheFileOfASmallPlanIsExactlyTheGoldenOne) {
+    smallPlan();
+    plan({{"Channels", "2"},
+          {"Frequency 0", "100"},
+          {"Frequency 1", "200"},
+          {"Excitation 0", "2.5"},
+          {"Excitation 1", "5"}});
+    open();
+    dialog->cmdAcquire->click();
+    for (int test = 0; test < 4; ++test) {
+        ASSERT_TRUE(advanceSecondsUntil([&] { return measuring(); }, 10)) << test;
+        EXPECT_EQ(dialog->ProgressBar1->maximum(), test % 2 ? 400 : 200) << "2 s of samples";
+        EXPECT_FALSE(dialog->cmdOK->isEnabled() || dialog->cmdCancel->isEnabled());
+        plate.StopAcquisition();
+        const double n = test + 1;
+        Q_EMIT plate.ZeroDone(200, {-1000.5 * n, 2e6 * n, 7, 8}, {1.25 * n, 0.5, 0, 0},
+                              {7.5 * n, 3, 0, 0});
+    }
+    EXPECT_EQ(dialog->lstResults->item(3)->text(),
+              "5.000   200.000      -0004002.000   00005.000   00030.000      "
+              "8000000.000   00000.500   00003.000");
+    QFile golden(QStringLiteral(KX_NOISE_GOLDEN_DIR) + "/small-plan.TXT");
+    ASSERT_TRUE(golden.open(QIODevice::ReadOnly));
+    EXPECT_EQ(fileBytes(dialog->resultPath()), golden.readAll());
+}
+
+TEST_F(NoiseTest, TheListFileAndPlanKeepTheFrequencyThePlateTookNotTheOneAsked) {
+    smallPlan();
+    plan({{"Frequency 1", "333"}});
+    plate.SetSampleFrequency(Which::Current, 333);
+    const float taken = plate.SampleFrequency(Which::Current);
+    ASSERT_NE(taken, 333.0f) << "the plate rounds to what its converter can do";
+    plate.SetSampleFrequency(Which::Current, 100);
+    open();
+    dialog->cmdAcquire->click();
+    ASSERT_TRUE(advanceSecondsUntil([&] { return !dialog->running(); }, 60));
+    const QString shown = formatNumber(taken, u"000.000");
+    EXPECT_TRUE(dialog->lstResults->item(1)->text().startsWith("0.250   " + shown));
+    EXPECT_EQ(fileItems(dialog->resultPath())[0][11], shown);
+    dialog->cmdOK->click();
+    EXPECT_EQ(ini().value("Noise", "Frequency 1", {}), formatGeneral(taken));
+    EXPECT_EQ(plate.SampleFrequency(Which::Current), 100.0f);
+}
+
+TEST_F(NoiseTest, CancelledAfterThreeTestsTheFileHasZerosForTheRestAndThePlateIsRestored) {
+    plate.SetSampleFrequency(Which::Current, 1000);
+    plate.SetGageVoltage(Which::Current, 3.3f);
+    open();
+    dialog->cmdAcquire->click();
+    ASSERT_TRUE(advanceSecondsUntil([&] { return times->ends.size() == 3; }, 4000));
+    EXPECT_EQ(plate.GageVoltage(Which::Current), 0.25f) << "the run's own excitation";
+    ASSERT_TRUE(dialog->cmdCancel->isEnabled());
+    dialog->cmdCancel->click();
+    EXPECT_EQ(unloads, 1);
+    EXPECT_EQ(plate.SampleFrequency(Which::Current), 1000.0f);
+    EXPECT_EQ(plate.GageVoltage(Which::Current), 3.3f);
+
+    const QList<QStringList> lines = fileItems(dialog->resultPath());
+    ASSERT_EQ(lines.size(), 20);
+    for (qsizetype e = 0; e < lines.size(); ++e) {
+        for (int f = 0; f < 5; ++f) {
+            const bool measured = e == 0 && f < 3;
+            for (int item = 1; item <= 9; ++item) {
+                const QString value = lines[e][1 + f * 10 + item];
+                EXPECT_EQ(value.toDouble() == 0, !measured) << e << ' ' << f << ' ' << item;
+            }
+        }
+    }
+    EXPECT_EQ(lines[1][0], "0.500");
+    EXPECT_EQ(lines[0][2 * 10 + 1], formatNumber(128.0f, u"000.000"));
+    EXPECT_EQ(ini().value("Noise", "Excitation 19", {}), "5") << "the plan is written on close";
+    EXPECT_TRUE(QFileInfo::exists(dialog->resultPath().replace(".TXT", ".png")));
+}
+
+TEST_F(NoiseTest, AReadTimeOutMidTestStopsTheRunAndKeepsWhatWasMeasured) {
+    smallPlan();
+    const float frequencyBefore = plate.SampleFrequency(Which::Current);
+    open();
+    dialog->cmdAcquire->click();
+    ASSERT_TRUE(advanceSecondsUntil([&] { return times->starts.size() == 2; }, 20));
+    clock.advance(500);
+    driver.inject("20418", PlateFault::ReadTimeout);
+
+    EXPECT_EQ(prompt.messages, QStringList{strings::text(7930)});
+    EXPECT_TRUE(dialog->cmdAcquire->isEnabled());
+    EXPECT_TRUE(dialog->cmdCancel->isEnabled());
+    EXPECT_FALSE(dialog->cmdOK->isEnabled());
+    EXPECT_FALSE(measuring());
+    EXPECT_FALSE(dialog->running());
+    EXPECT_EQ(plate.SampleFrequency(Which::Current), frequencyBefore);
+    clock.advance(3600 * 1000);
+    EXPECT_EQ(times->starts.size(), 2) << "nothing runs on after the fault";
+    const QList<QStringList> lines = fileItems(dialog->resultPath());
+    ASSERT_EQ(lines.size(), 2);
+    EXPECT_NE(lines[0][3].toDouble(), 0) << "the first test stays in the file";
+    EXPECT_EQ(lines[0][13].toDouble(), 0);
+
+    dialog->cmdAcquire->click(); // the user starts again, into the same file
+    ASSERT_TRUE(advanceSecondsUntil([&] { return !dialog->running(); }, 60));
+    EXPECT_EQ(dialog->lstResults->count(), 4);
+    EXPECT_EQ(fileItems(dialog->resultPath()).size(), 2);
+}
+
+TEST_F(NoiseTest, UnpluggedItClosesAtOnceAfterOneBoxAndTheFileKeepsTheFirstTest) {
+    smallPlan();
+    open();
+    dialog->cmdAcquire->click();
+    ASSERT_TRUE(advanceSecondsUntil([&] { return times->starts.size() == 2; }, 20));
+    const QString path = dialog->resultPath();
+    driver.unplug("20418");
+    EXPECT_EQ(prompt.messages, QStringList{strings::text(7920)});
+    EXPECT_EQ(unloads, 1);
+    clock.advance(60000);
+    EXPECT_EQ(prompt.messages.size(), 1);
+    const QList<QStringList> lines = fileItems(path);
+    ASSERT_EQ(lines.size(), 2);
+    EXPECT_NE(lines[0][3].toDouble(), 0);
+    EXPECT_EQ(ini().value("Noise", "Frequencies", {}), "2");
+}
+
+TEST_F(NoiseTest, AFileThatCannotBeWrittenIsToldOnceAndTheRunGoesOn) {
+    smallPlan();
+    open();
+    dialog->cmdAcquire->click();
+    {
+        const FileSizeLimit full(64); // smaller than the file
+        ASSERT_TRUE(advanceSecondsUntil([&] { return times->ends.size() == 1; }, 20));
+        EXPECT_EQ(dialog->StatusBar1Panel2->text(), strings::text(strings::noise::FileNotSaved));
+        EXPECT_FALSE(QFileInfo::exists(dialog->resultPath()));
+        ASSERT_TRUE(advanceSecondsUntil([&] { return times->ends.size() == 2; }, 20));
+    }
+    EXPECT_TRUE(dialog->running());
+    ASSERT_TRUE(advanceSecondsUntil([&] { return times->ends.size() == 3; }, 20));
+    EXPECT_TRUE(dialog->StatusBar1Panel2->text().isEmpty());
+    const QList<QStringList> lines = fileItems(dialog->resultPath());
+    ASSERT_EQ(lines.size(), 2);
+    EXPECT_NE(lines[0][3].toDouble(), 0) << "the retry wrote the earlier tests too";
+    EXPECT_NE(lines[1][3].toDouble(), 0);
+}
+
+} // namespace
+} // namespace kx
