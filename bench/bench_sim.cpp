@@ -41,7 +41,7 @@ void physicsAndSignalChain(benchmark::State& state) {
     double t = 0;
     for (auto _ : state) {
         t += 0.001;
-        benchmark::DoNotOptimize(chain.convert(loads.wrenchAt(t), 5.0, 25.0));
+        benchmark::DoNotOptimize(chain.convert(loads.wrenchAt(t), 5.0, 25.0, t));
     }
     state.SetItemsProcessed(state.iterations());
 }

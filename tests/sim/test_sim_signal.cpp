@@ -177,7 +177,7 @@ TEST(SimAcquisition, CaptureAndTestBlocksDeliverTheirSamplesAsAnEvent) {
 
 // Codes are offset-binary around mid-scale on firmware 1.x, signed around 0 on firmware 2.x.
 TEST(SimAcquisition, ZeroReportsProgressThenStatisticsOfTheRawCodes) {
-    SimBench bench;
+    SimBench bench(kx::test::idealPlates());
     SimPlate& plate = bench.plate("20418");
     ZeroRecorder zero(plate);
     ZeroRecorder older(bench.plate("11093"));
@@ -281,7 +281,7 @@ TEST(SimPhysics, ForcesAreTheStoredMatrixTimesTheVolts) {
 }
 
 TEST(SimPhysics, ASingleLoadPushesDownAtItsPosition) {
-    SimBench bench;
+    SimBench bench(kx::test::idealPlates());
     SimPlate& plate = bench.plate("20418");
     for (int r = 0; r < 3; ++r)
         for (int c = 0; c < 3; ++c)
@@ -341,7 +341,12 @@ TEST(SimPhysics, CalibrationOverAGridRecoversTheHiddenMatrix) {
     }
     const Matrix3 fitted = fit(loads, signals);
     const Matrix3& truth = plate.truth().trueMatrix;
+    // The weight lands a millimetre or two off each point: the moment rows are only as good
+    // as the placement over the 0.6 m the grid spans, with three standard deviations' room.
+    const double placement = 3 * plate.truth().imperfections.placementScatter / 0.6;
     for (int r = 0; r < 3; ++r)
         for (int c = 0; c < 3; ++c)
-            EXPECT_NEAR(fitted[r][c], truth[r][c], 0.002 * std::abs(truth[0][c])) << r << "," << c;
+            EXPECT_NEAR(fitted[r][c], truth[r][c],
+                        (0.002 + (r > 0 ? placement : 0.0)) * std::abs(truth[0][c]))
+                << r << "," << c;
 }
