@@ -28,22 +28,27 @@ double LoadCells::track(int cell, double ideal) {
     return u;
 }
 
-void LoadCells::pass(const Vector3& ideal) {
+void LoadCells::pass(const Vector3& ideal, double seconds) {
+    creepUntil(seconds, ideal);
     for (int c = 0; c < 3; ++c)
         track(c, ideal[c]);
 }
 
-Vector3 LoadCells::respond(const Vector3& ideal, double seconds) {
-    // The creep state relaxes towards the load; over a gap between acquisitions the load is
-    // taken as steady. The factor is recomputed only when the sample interval changes.
-    const double step = m_started ? std::max(seconds - m_lastSeconds, 0.0) : 0.0;
+void LoadCells::creepUntil(double seconds, const Vector3& ideal) {
+    // The factor is recomputed only when the interval changes: between samples it does not.
+    const double step = std::max(seconds - m_lastSeconds, 0.0);
     if (step != m_lastStep) {
         m_lastStep = step;
         m_creepFactor = 1.0 - std::exp(-step / m_creepTime);
     }
-    m_started = true;
-    m_lastSeconds = seconds;
+    for (int c = 0; c < 3; ++c)
+        m_creep[c] += (m_held[c] - m_creep[c]) * m_creepFactor;
+    m_lastSeconds = std::max(seconds, m_lastSeconds);
+    m_held = ideal;
+}
 
+Vector3 LoadCells::respond(const Vector3& ideal, double seconds) {
+    creepUntil(seconds, ideal);
     Vector3 out{};
     for (int c = 0; c < 3; ++c) {
         const double v = ideal[c];
@@ -54,7 +59,6 @@ Vector3 LoadCells::respond(const Vector3& ideal, double seconds) {
         // the peak, the gap growing with the peak.
         const double peak = m_peak[c];
         const double gap = peak > 0 ? 4.0 * m_hysteresis * u * (peak - u) / peak : 0.0;
-        m_creep[c] += (v - m_creep[c]) * m_creepFactor;
         out[c] = v + std::copysign((bow + gap) * FullScale, v) + m_creepGain * m_creep[c];
     }
     return out;

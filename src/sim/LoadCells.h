@@ -17,12 +17,15 @@ public:
 
     // What the cells read at `seconds` for the ideal (perfectly linear) signals `ideal`.
     Vector3 respond(const Vector3& ideal, double seconds);
-    // The cells went through `ideal` between samples: their hysteresis remembers it.
-    void pass(const Vector3& ideal);
+    // The cells went through `ideal` at `seconds`, between samples: their hysteresis
+    // remembers it, and they creep under it until the next call.
+    void pass(const Vector3& ideal, double seconds);
 
 private:
     // The cell's load as a share of full scale; updates its peak.
     double track(int cell, double ideal);
+    // The creep under the load held since the last call, up to `seconds`; then `ideal` is held.
+    void creepUntil(double seconds, const Vector3& ideal);
 
     double m_nonlinearity;
     double m_hysteresis;
@@ -30,10 +33,10 @@ private:
     double m_creepTime;
     Vector3 m_peak{};  // the highest load since the cell was last unloaded, full scales
     Vector3 m_creep{}; // the creep state, lagging the load
+    Vector3 m_held{};  // the load since the last call
     double m_lastSeconds = 0;
     double m_lastStep = -1;
     double m_creepFactor = 0;
-    bool m_started = false;
 };
 
 } // namespace kx

@@ -55,8 +55,8 @@ double SignalChain::gaugeHeating(double seconds) const {
                  m_truth.imperfections.excitationSettling);
 }
 
-void SignalChain::passLoad(const Wrench& load) {
-    m_cells.pass(multiply(m_truth.sensitivity, Vector3{load.fz, load.mx, load.my}));
+void SignalChain::passLoad(const Wrench& load, double seconds) {
+    m_cells.pass(multiply(m_truth.sensitivity, Vector3{load.fz, load.mx, load.my}), seconds);
 }
 
 std::array<double, 4> SignalChain::restingCodes(double excitation, double temperature) const {

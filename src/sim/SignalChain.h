@@ -47,8 +47,8 @@ public:
     ConverterCodes convert(const Wrench& load, double excitation, double temperature,
                            double seconds);
 
-    // The plate held `load` for a moment between samples.
-    void passLoad(const Wrench& load);
+    // The plate held `load` for a moment at `seconds`, between samples.
+    void passLoad(const Wrench& load, double seconds);
 
     // The noiseless codes of the unloaded plate with its gauges at `temperature`.
     std::array<double, 4> restingCodes(double excitation, double temperature) const;

@@ -511,7 +511,7 @@ void SimPlate::passLoadChanges(double seconds) {
     });
     std::sort(turns.begin(), turns.begin() + qsizetype(count));
     for (size_t i = 0; i < count; ++i)
-        m_chain.passLoad(m_loads.wrenchAt(turns[i]));
+        m_chain.passLoad(m_loads.wrenchAt(turns[i]), turns[i]);
     m_lastSampleSeconds = seconds;
 }
 

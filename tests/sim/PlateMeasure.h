@@ -42,7 +42,8 @@ inline ZeroStatistics takeZero(SimBench& bench, SimPlate& plate, qint32 samples)
     return s;
 }
 
-// Mean volts and forces of a test block of `samples`, and the deviation of the volts.
+// Mean volts and forces of a test block of `samples` taken now, and the deviation of the
+// volts.
 struct Means {
     std::array<double, 3> volts{};
     std::array<double, 3> forces{};
@@ -54,6 +55,7 @@ struct Means {
 
 inline Means measure(SimBench& bench, SimPlate& plate, int samples) {
     BlockRecorder block(plate);
+    plate.CalibrateSelf(); // as the dialogs do before every acquisition
     plate.StartTest(samples, true, true, false, 0, true);
     bench.clock.advance(qint64(samples * 1000.0 / plate.SampleFrequency(Which::Current)) + 1);
     Means m;
