@@ -5,11 +5,11 @@
 namespace kx {
 
 // Timing of the plate's sigma-delta converter. The modulator runs at 72 kHz (slower on some
-// converters); the output (sampling) rate is modulator rate × turbo / decimation, and the -3 dB
-// frequency of the digital filter is 0.262 × the sampling rate. Writing any one of the four values
-// derives the others. A written frequency is met by the nearest representable turbo / decimation
-// pair, keeping the present turbo rate among equally near pairs, so a value read back and written
-// again reads back unchanged.
+// converters); the output (sampling) rate is modulator rate × turbo / decimation, and the -3 dB frequency of the digital
+// filter is 0.262 × the sampling rate. Writing any one of the four values derives the others.
+// A written frequency is met by the nearest representable turbo / decimation pair, keeping
+// the present turbo rate among equally near pairs, so a value read back and written again
+// reads back unchanged.
 class ConverterModel {
 public:
     static constexpr double StandardModulatorRate = 72000.0; // Hz
@@ -21,8 +21,7 @@ public:
 
     ConverterModel() = default;
     ConverterModel(qint16 turbo, qint16 decimation);
-    explicit ConverterModel(double modulatorRate)
-        : m_modulatorRate(modulatorRate) {}
+    explicit ConverterModel(double modulatorRate) : m_modulatorRate(modulatorRate) {}
 
     qint16 turboRate() const { return m_turbo; }
     qint16 decimationRate() const { return m_decimation; }
