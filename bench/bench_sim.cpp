@@ -1,4 +1,5 @@
-// Cost of the simulated plates: one sample through the physics and the signal chain, one
+// Cost of the simulated plates, every imperfection of a real plate on: one sample through the
+// physics and the signal chain (and on an ideal plate for comparison), one
 // sample end to end (engine, plate, signal, manual clock), and the share of one core that ten
 // plates streaming at 1000 Hz take under the real clock.
 #include "RunReporter.h"
@@ -30,22 +31,26 @@ kx::SimPlateConfig plateConfig(int index) {
     return config;
 }
 
-void physicsAndSignalChain(benchmark::State& state) {
-    const kx::SimPlateConfig config = plateConfig(0);
+// Every imperfection of a real plate on (the default), or an ideal plate for comparison.
+void physicsAndSignalChain(benchmark::State& state, bool ideal) {
+    kx::SimPlateConfig config = plateConfig(0);
+    if (ideal)
+        config.imperfections = kx::SimImperfections::none();
     const kx::PlateTruth truth = kx::PlateTruth::generate(config);
     kx::SignalChain chain(truth, 7);
     chain.setSampleFrequency(1000);
     chain.setResolution(20);
-    kx::PlateLoads loads;
+    kx::PlateLoads loads(config.imperfections);
     loads.placePerson(75, 0.02, 0.2, kx::PlateLoads::Stance::Swaying, 0);
     double t = 0;
     for (auto _ : state) {
         t += 0.001;
-        benchmark::DoNotOptimize(chain.convert(loads.wrenchAt(t), 5.0, 25.0));
+        benchmark::DoNotOptimize(chain.convert(loads.wrenchAt(t), 5.0, 25.0, t));
     }
     state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(physicsAndSignalChain);
+BENCHMARK_CAPTURE(physicsAndSignalChain, real, false);
+BENCHMARK_CAPTURE(physicsAndSignalChain, ideal, true);
 
 // A streaming plate with a person on it, driven by a manual clock in steps of 100 ms; one
 // handler receives every ForcesIn.
@@ -82,12 +87,16 @@ struct RealTimeRun {
 };
 
 // Ten plates streaming at 1000 Hz on the Qt clock for `seconds` of wall time.
-RealTimeRun tenPlatesInRealTime(QCoreApplication& app, int seconds) {
+RealTimeRun tenPlatesInRealTime(QCoreApplication& app, int seconds, bool ideal) {
     kx::QtClock clock;
     kx::SimDriver driver(clock, kx::SimDriver::Pacing::Batched);
     QList<kx::SimPlate*> plates;
-    for (int i = 0; i < 10; ++i)
-        plates << driver.addPlate(plateConfig(i));
+    for (int i = 0; i < 10; ++i) {
+        kx::SimPlateConfig config = plateConfig(i);
+        if (ideal)
+            config.imperfections = kx::SimImperfections::none();
+        plates << driver.addPlate(config);
+    }
     driver.OpenDevices(kx::PlateVendorId, kx::PlateProductId1, kx::PlateProductId2);
     QCoreApplication::processEvents();
     RealTimeRun run;
@@ -119,10 +128,14 @@ int main(int argc, char** argv) {
         const double perSecond = recorder.counter(name, "items_per_second");
         return perSecond > 0 ? 1e9 / perSecond : 0.0;
     };
-    const double chainNs = nanosecondsPerItem("physicsAndSignalChain");
+    const double chainNs = nanosecondsPerItem("physicsAndSignalChain/real");
+    const double idealNs = nanosecondsPerItem("physicsAndSignalChain/ideal");
     const double sampleNs = nanosecondsPerItem("streamingSample");
-    const RealTimeRun run = tenPlatesInRealTime(app, 3);
-    std::printf("\none sample, physics and signal chain: %.0f ns\n", chainNs);
+    const RealTimeRun run = tenPlatesInRealTime(app, 3, false);
+    const RealTimeRun idealRun = tenPlatesInRealTime(app, 3, true);
+    std::printf("\none sample, physics and signal chain: %.0f ns with every imperfection, "
+                "%.0f ns on an ideal plate\n",
+                chainNs, idealNs);
     std::printf("one sample end to end (manual clock): %.0f ns (target well under 1000 ns)\n",
                 sampleNs);
     std::printf("ten plates at 1000 Hz, from that cost: %.2f %% of one core\n",
@@ -130,5 +143,8 @@ int main(int argc, char** argv) {
     std::printf("ten plates at 1000 Hz on the real clock: %.2f %% of one core over %.1f s, "
                 "%.0f samples/s (target < 1 %%)\n",
                 run.coreShare * 100, run.seconds, double(run.samples) / run.seconds);
+    std::printf("the same ten plates made ideal: %.2f %% of one core (the rest of the share is "
+                "the event loop's)\n",
+                idealRun.coreShare * 100);
     return 0;
 }

@@ -2,9 +2,11 @@
 // with an error naming a line of the file.
 
 #include "FuzzCheck.h"
+#include "device/PlateError.h"
 #include "device/PlateTypes.h"
 #include "sim/ScenarioReader.h"
 #include "sim/SimDriver.h"
+#include "sim/SimPlate.h"
 #include "support/ManualClock.h"
 
 #include <QBuffer>
@@ -13,6 +15,7 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
+#include <vector>
 
 using kx::fuzz::check;
 
@@ -42,7 +45,8 @@ void checkScenario(const kx::Scenario& scenario, qsizetype lineCount) {
         check(finite({p.noiseCodes, p.gageVoltage, p.sampleFrequency, p.modulatorRate,
                       p.ambientTemperature}),
               "plate numbers are finite");
-        check(p.noiseCodes >= 0 && p.sampleFrequency > 0 && p.modulatorRate > 0,
+        check(p.noiseCodes >= 0 && p.sampleFrequency > 0 && p.modulatorRate > 0 &&
+                  std::abs(p.gageVoltage) <= 10,
               "plate numbers are in range");
         check(!p.trueMatrix || kx::inverse(*p.trueMatrix), "a given matrix is invertible");
     }
@@ -54,7 +58,40 @@ void checkScenario(const kx::Scenario& scenario, qsizetype lineCount) {
                           [&e](const kx::SimPlateConfig& p) { return p.serial == e.serial; }),
               "an event names a plate, spelled as above");
         check(finite({e.kilograms, e.x, e.y}) && e.kilograms >= 0, "event numbers are in range");
+        if (e.action == kx::Scenario::Event::Action::PlaceWeight ||
+            e.action == kx::Scenario::Event::Action::PlacePerson)
+            check(kx::PlateTop{}.contains(e.x, e.y), "a load stands on the top");
         check(e.afterSamples >= 0, "a sample count is not negative");
+    }
+}
+
+constexpr int SamplesPerPlate = 300;
+
+// Every plate that answers streams a few hundred samples after the events, one plate at a
+// time: a value that read well but hangs, overflows or poisons the sampling shows here.
+void stream(kx::ManualClock& clock, kx::SimPlate& plate) {
+    QObject context;
+    qint64 count = 0;
+    QObject::connect(
+        &plate, &kx::PlateDevice::ForcesIn, &context,
+        [&count](qint32, const kx::Float3& forces, const kx::Float3& volts) {
+            ++count;
+            check(finite({forces[0], forces[1], forces[2], volts[0], volts[1], volts[2]}),
+                  "a sample is finite");
+        });
+    double hertz = 0;
+    try {
+        hertz = plate.SampleFrequency(kx::Which::Current);
+        check(std::isfinite(hertz) && hertz > 0, "a sampling frequency is positive");
+        plate.StartAcquisition(true, false, true, false, true);
+    } catch (const kx::PlateError&) {
+        return; // unplugged, not answering or told to fail: nothing to stream
+    }
+    clock.advance(qint64(std::ceil(SamplesPerPlate * 1000 / hertz)));
+    check(count <= SamplesPerPlate + 1, "samples come at their rate");
+    try {
+        plate.StopAcquisition();
+    } catch (const kx::PlateError&) {
     }
 }
 
@@ -70,6 +107,9 @@ void run(const kx::Scenario& scenario) {
     for (const kx::Scenario::Event& e : scenario.events)
         last = std::max(last, e.atMs);
     clock.advance(last + 1);
+    for (const kx::SimPlateConfig& config : scenario.plates)
+        if (kx::SimPlate* plate = driver.plate(config.serial))
+            stream(clock, *plate);
 }
 
 } // namespace

@@ -19,12 +19,22 @@ double settle(double sinceStart, double ramp) {
     return u * u * (3 - 2 * u);
 }
 
+// The flex of the top scales the force of a load in the middle by 1 - TopSag·topError.
+constexpr double TopSag = 1.0 / 0.5; // per metre
+
 } // namespace
+
+PlateLoads::PlateLoads(const SimImperfections& imperfections, quint64 seed)
+    : m_scatter(imperfections.placementScatter)
+    , m_topError(imperfections.topError)
+    , m_random(seed) {}
 
 void PlateLoads::placeWeight(double kilograms, double x, double y, double atSeconds) {
     dropFinished(atSeconds);
-    m_loads.push_back(Load{kilograms, x, y, atSeconds, std::numeric_limits<double>::infinity(),
-                           WeightRamp, 0.0, false});
+    const double landedX = x + m_scatter * m_random.normal();
+    const double landedY = y + m_scatter * m_random.normal();
+    m_loads.push_back(Load{kilograms, landedX, landedY, atSeconds,
+                           std::numeric_limits<double>::infinity(), WeightRamp, 0.0, false});
 }
 
 void PlateLoads::placePerson(double kilograms, double x, double y, Stance stance,
@@ -39,6 +49,14 @@ void PlateLoads::removeAll(double atSeconds) {
     dropFinished(atSeconds);
     for (Load& load : m_loads)
         load.off = std::min(load.off, atSeconds);
+}
+
+void PlateLoads::removeLast(double atSeconds) {
+    dropFinished(atSeconds);
+    const auto last = std::find_if(m_loads.rbegin(), m_loads.rend(),
+                                   [atSeconds](const Load& l) { return l.off > atSeconds; });
+    if (last != m_loads.rend())
+        last->off = atSeconds;
 }
 
 void PlateLoads::dropFinished(double atSeconds) {
@@ -62,7 +80,14 @@ Wrench PlateLoads::wrenchAt(double seconds) const {
             y += load.sway * (std::sin(TwoPi * 0.19 * t) + 0.3 * std::sin(TwoPi * 0.53 * t + 2.0));
             mass *= 1 + 0.005 * std::sin(TwoPi * 0.27 * t);
         }
-        const double fz = -mass * m_gravity * present;
+        // The flex of the top: no straight-line fit takes this pattern out. The centre of
+        // pressure is pulled outwards towards the corners and the middle reads low.
+        const double u = (x - m_top.centreX()) / m_top.halfWidth();
+        const double v = (y - m_top.centreY()) / m_top.halfDepth();
+        x += m_topError * u * v * v;
+        y += m_topError * v * u * u;
+        const double sag = 1.0 - TopSag * m_topError * (1 - u * u) * (1 - v * v);
+        const double fz = -mass * m_gravity * present * sag;
         w.fz += fz;
         w.mx += fz * y;
         w.my -= fz * x;

@@ -13,9 +13,11 @@ namespace {
 // The plate top rests on three load cells; a cell's bridge gives about 1 mV/V per kN, which
 // the input amplifier raises to 1 normalised volt per kN. So 25 kg reads about 0.08 V per
 // cell, and at 5 V excitation a cell clips above roughly 1 kN (1000 kg on the plate clips).
+// The cells stand under a frame well outside the top, so that each carries at least 8 % of
+// a load anywhere on the top: the three bridge signals stay positive despite cross-talk.
 constexpr double CellSensitivity = 1e-3; // normalised V per N
 constexpr std::array<std::array<double, 2>, 3> CellPositions{
-    {{-0.5, -0.3}, {0.5, -0.3}, {0.0, 0.7}}};
+    {{-1.2, -0.4}, {1.2, -0.4}, {0.0, 1.55}}};
 
 // With loads W_i at (x_i, y_i): Fz = -ΣW, Mx = Fz·y, My = -Fz·x. A cell at (xc, yc) that
 // carries s_c gives V_c = k_c·s_c, and statics give Fz = -Σs, Mx = -Σs·yc, My = Σs·xc.
@@ -61,11 +63,17 @@ PlateTruth PlateTruth::generate(const SimPlateConfig& config) {
         truth.converterOffset[c] = 15000.0 * random.normal();
         truth.converterDrift[c] = 8.0 * random.normal();
         truth.bridgeImbalance[c] = c < 3 ? 0.01 * random.normal() : 0.0;
-        truth.bridgeDrift[c] = c < 3 ? 2e-6 * random.normal() : 0.0;
+        // Of either sign, never so small that the warm-up could not be seen.
+        const double drift = random.normal();
+        truth.bridgeDrift[c] =
+            c < 3 ? std::copysign(config.imperfections.thermalZero * (0.6 + 0.4 * std::abs(drift)),
+                                  drift)
+                  : 0.0;
     }
     truth.noiseCodes = config.noiseCodes;
     truth.ambientTemperature = config.ambientTemperature;
     truth.warmUpRise = 4.0 + 0.5 * random.normal();
+    truth.imperfections = config.imperfections;
     return truth;
 }
 

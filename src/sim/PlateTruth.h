@@ -1,6 +1,7 @@
 #pragma once
 
 #include "sim/Matrix3.h"
+#include "sim/SimImperfections.h"
 
 #include <array>
 
@@ -24,6 +25,7 @@ struct PlateTruth {
     double ambientTemperature = 22.0;        // °C
     double warmUpRise = 4.0;                 // °C above ambient once warm
     double warmUpTime = 900.0;               // s, time constant
+    SimImperfections imperfections;
 
     // Plate temperature after `seconds` powered on.
     double temperature(double seconds) const;

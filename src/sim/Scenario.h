@@ -41,7 +41,7 @@ struct Scenario {
         QString message;
     };
 
-    double gravity = 9.80665;
+    double gravity = DefaultSiteGravity;
     QList<SimPlateConfig> plates;
     QList<Event> events;
 

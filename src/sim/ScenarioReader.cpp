@@ -1,5 +1,7 @@
 #include "sim/ScenarioReader.h"
 
+#include "sim/PlateTop.h"
+
 #include <QFile>
 #include <QHash>
 #include <QRegularExpression>
@@ -12,6 +14,13 @@ namespace kx {
 namespace {
 
 using Event = Scenario::Event;
+
+constexpr double MaxMatrixCell = 1e6;
+constexpr double MaxKilograms = 5000; // far beyond what clips a plate
+constexpr double MaxNoiseCodes = 1e6; // the converter spans ±8388608
+constexpr double MaxExcitation = 10;  // V, the bridge supply's range
+constexpr double MinModulatorRate = 1000;
+constexpr double MaxModulatorRate = 200000;
 
 // A line that does not parse: its message, without the line number.
 struct LineError {
@@ -28,6 +37,15 @@ double number(const QString& text) {
     const double value = text.trimmed().toDouble(&ok);
     if (!ok || !std::isfinite(value))
         throw LineError{QStringLiteral("\"%1\" is not a number.").arg(text.trimmed())};
+    return value;
+}
+
+// A number within what the simulator can make sense of, [low, high].
+double within(const QString& text, double low, double high, const QString& what) {
+    const double value = number(text);
+    if (value < low || value > high)
+        throw LineError{QStringLiteral("%1 must be between %2 and %3.")
+                            .arg(what, QString::number(low), QString::number(high))};
     return value;
 }
 
@@ -82,6 +100,11 @@ Matrix3 matrix(const QString& text) {
     if (!shaped)
         throw LineError{QStringLiteral("A matrix is three rows of three numbers, the rows "
                                        "separated by \";\".")};
+    for (const Vector3& row : m)
+        for (double cell : row)
+            if (std::abs(cell) > MaxMatrixCell)
+                throw LineError{QStringLiteral("A matrix element beyond ±%1 N per V is no plate's.")
+                                    .arg(MaxMatrixCell)};
     if (!inverse(m))
         throw LineError{QStringLiteral("The matrix is singular: no plate could have it.")};
     return m;
@@ -137,6 +160,7 @@ private:
             m_plate = SimPlateConfig();
             m_plateHeader = text;
             m_plateStart = lineNumber;
+            m_frequencyLine = 0;
         }
     }
 
@@ -156,11 +180,9 @@ private:
 
     void siteSetting(const QString& key, const QString& value) {
         if (key == QLatin1String("gravity")) {
-            scenario.gravity = number(value);
-            if (scenario.gravity <= 0)
-                throw LineError{QStringLiteral("Gravity must be positive.")};
+            scenario.gravity = within(value, 1, 30, QStringLiteral("Gravity (m/s^2)"));
         } else if (key == QLatin1String("ambient")) {
-            m_ambient = number(value);
+            m_ambient = within(value, -40, 85, QStringLiteral("The ambient temperature (C)"));
         } else {
             throw LineError{QStringLiteral("Unknown key \"%1\" in [site].").arg(key)};
         }
@@ -185,21 +207,20 @@ private:
             if (!ok)
                 throw LineError{QStringLiteral("A seed is a whole number.")};
         } else if (key == QLatin1String("noise")) {
-            p.noiseCodes = number(value);
-            if (p.noiseCodes < 0)
-                throw LineError{QStringLiteral("Noise cannot be negative.")};
+            p.noiseCodes = within(value, 0, MaxNoiseCodes, QStringLiteral("Noise (codes)"));
         } else if (key == QLatin1String("matrix")) {
             p.trueMatrix = matrix(value);
         } else if (key == QLatin1String("gage voltage")) {
-            p.gageVoltage = number(value);
+            p.gageVoltage = within(value, -MaxExcitation, MaxExcitation,
+                                   QStringLiteral("The gage voltage (V)"));
         } else if (key == QLatin1String("sampling frequency")) {
             p.sampleFrequency = number(value);
-            if (p.sampleFrequency <= 0)
-                throw LineError{QStringLiteral("A sampling frequency must be positive.")};
+            m_frequencyLine = lineNumber;
         } else if (key == QLatin1String("modulator rate")) {
-            p.modulatorRate = number(value);
-            if (p.modulatorRate <= 0)
-                throw LineError{QStringLiteral("A modulator rate must be positive.")};
+            p.modulatorRate = within(value, MinModulatorRate, MaxModulatorRate,
+                                     QStringLiteral("A modulator rate (Hz)"));
+            m_frequencyLine = lineNumber;
+        } else if (imperfection(key, value, p.imperfections)) {
         } else if (key == QLatin1String("calibrated")) {
             p.calibrated = yesNo(value);
         } else if (key == QLatin1String("plugged")) {
@@ -209,10 +230,85 @@ private:
         }
     }
 
+    // Fractions and lengths are written in the units a technician reads them in.
+    static bool imperfection(const QString& key, const QString& value, SimImperfections& im) {
+        const auto percent = [&](const char* what) {
+            return within(value, 0, 5, QString::fromLatin1(what) + QStringLiteral(" (%)")) / 100;
+        };
+        if (key == QLatin1String("imperfections")) {
+            const QString v = value.toLower();
+            if (v != QLatin1String("none") && v != QLatin1String("real"))
+                throw LineError{QStringLiteral("Imperfections are \"none\" or \"real\".")};
+            im = v == QLatin1String("none") ? SimImperfections::none() : SimImperfections{};
+        } else if (key == QLatin1String("placement scatter")) {
+            im.placementScatter =
+                within(value, 0, 50, QStringLiteral("The placement scatter (mm)")) / 1000;
+        } else if (key == QLatin1String("nonlinearity")) {
+            im.nonlinearity = percent("The nonlinearity");
+        } else if (key == QLatin1String("hysteresis")) {
+            im.hysteresis = percent("The hysteresis");
+        } else if (key == QLatin1String("creep")) {
+            im.creep = percent("The creep");
+        } else if (key == QLatin1String("top error")) {
+            im.topError = within(value, 0, 20, QStringLiteral("The top error (mm)")) / 1000;
+        } else if (key == QLatin1String("flicker corner")) {
+            im.flickerCorner = within(value, 0, 100, QStringLiteral("The flicker corner (Hz)"));
+        } else if (key == QLatin1String("channel noise")) {
+            const QStringList levels =
+                value.split(QRegularExpression(QStringLiteral("[\\s,]+")), Qt::SkipEmptyParts);
+            if (levels.size() != 4)
+                throw LineError{QStringLiteral("Channel noise is four levels, one per channel.")};
+            for (int c = 0; c < 4; ++c)
+                im.channelNoise[size_t(c)] =
+                    within(levels[c], 0, 100, QStringLiteral("A channel's noise level"));
+        } else if (key == QLatin1String("hum")) {
+            im.humCodes = within(value, 0, MaxNoiseCodes, QStringLiteral("Hum (codes)"));
+        } else if (key == QLatin1String("thermal zero")) {
+            im.thermalZero =
+                within(value, 0, 1000, QStringLiteral("The thermal zero (uV/V per C)")) * 1e-6;
+        } else if (key == QLatin1String("self-heating")) {
+            im.selfHeating = within(value, 0, 1, QStringLiteral("Self-heating (C per V^2)"));
+        } else if (key == QLatin1String("excitation settling")) {
+            im.excitationSettling =
+                within(value, 0, 86400, QStringLiteral("The excitation settling (s)"));
+        } else if (key == QLatin1String("frequency transient")) {
+            im.frequencyTransientCodes =
+                within(value, 0, MaxNoiseCodes, QStringLiteral("The frequency transient (codes)"));
+        } else if (key == QLatin1String("frequency settling")) {
+            im.frequencySettling =
+                within(value, 0, 3600, QStringLiteral("The frequency settling (s)"));
+        } else if (key == QLatin1String("gage dac step")) {
+            im.gageDacStep =
+                within(value, 0, 1000, QStringLiteral("The gage DAC step (mV)")) / 1000;
+        } else {
+            return false;
+        }
+        return true;
+    }
+
+    // The power-on sampling frequency must be one the converter reaches at its modulator rate.
+    void checkFrequency() {
+        const SimPlateConfig& p = m_plate;
+        const double lowest =
+            p.modulatorRate * ConverterModel::MinTurbo / ConverterModel::MaxDecimation;
+        const double highest =
+            p.modulatorRate * ConverterModel::MaxTurbo / ConverterModel::MinDecimation;
+        if (p.sampleFrequency < lowest || p.sampleFrequency > highest) {
+            errorLine = m_frequencyLine > 0 ? m_frequencyLine : m_plateStart;
+            throw LineError{QStringLiteral("A converter with a %1 Hz modulator samples at %2 to "
+                                           "%3 Hz, not at %4 Hz.")
+                                .arg(p.modulatorRate)
+                                .arg(lowest)
+                                .arg(highest)
+                                .arg(p.sampleFrequency)};
+        }
+    }
+
     void finishPlate() {
         if (m_section != Section::Plate)
             return;
         m_section = Section::None;
+        checkFrequency();
         if (m_plate.serial.isEmpty()) {
             errorLine = m_plateStart;
             throw LineError{QStringLiteral("%1 has no serial.").arg(m_plateHeader)};
@@ -248,6 +344,22 @@ private:
         scenario.events.append(e);
     }
 
+    // Loads stand on the plate's top.
+    static void position(const QString& x, const QString& y, Event& e) {
+        e.x = number(x);
+        e.y = number(y);
+        const PlateTop top;
+        if (!top.contains(e.x, e.y))
+            throw LineError{QStringLiteral("(%1, %2) is off the plate's top, which spans x %3 to "
+                                           "%4 m and y %5 to %6 m.")
+                                .arg(e.x)
+                                .arg(e.y)
+                                .arg(top.left)
+                                .arg(top.right)
+                                .arg(top.bottom)
+                                .arg(top.top)};
+    }
+
     static void action(const QString& text, Event& e) {
         static const QRegularExpression load =
             pattern("load\\s+(\\d+(?:\\.\\d+)?)\\s*kg\\s+at\\s*\\(\\s*(-?[\\d.]+)\\s*,\\s*(-?[\\d.]"
@@ -266,21 +378,22 @@ private:
 
         if (const auto m = load.match(text); m.hasMatch()) {
             e.action = Event::Action::PlaceWeight;
-            e.kilograms = number(m.captured(1));
-            e.x = number(m.captured(2));
-            e.y = number(m.captured(3));
+            e.kilograms = within(m.captured(1), 0, MaxKilograms, QStringLiteral("A load (kg)"));
+            position(m.captured(2), m.captured(3), e);
             e.serial = m.captured(4);
             return;
         }
         if (const auto m = person.match(text); m.hasMatch()) {
             e.action = Event::Action::PlacePerson;
-            e.kilograms = number(m.captured(1));
+            e.kilograms = within(m.captured(1), 1, 500, QStringLiteral("A person (kg)"));
             e.stance = m.captured(2).compare(QLatin1String("swaying"), Qt::CaseInsensitive) == 0
                            ? PlateLoads::Stance::Swaying
                            : PlateLoads::Stance::Standing;
             // Without a position a person stands in the middle of the top.
-            e.x = m.hasCaptured(3) ? number(m.captured(3)) : 0.0;
-            e.y = m.hasCaptured(4) ? number(m.captured(4)) : 0.178;
+            e.x = 0.0;
+            e.y = 0.178;
+            if (m.hasCaptured(3))
+                position(m.captured(3), m.captured(4), e);
             e.serial = m.captured(5);
             return;
         }
@@ -303,7 +416,14 @@ private:
             e.action = Event::Action::Fault;
             e.fault = faults.value(m.captured(1).toLower());
             e.serial = m.captured(2);
-            e.afterSamples = m.hasCaptured(3) ? m.captured(3).toLongLong() : 0;
+            e.afterSamples = 0;
+            if (m.hasCaptured(3)) {
+                bool ok = false;
+                e.afterSamples = m.captured(3).toLongLong(&ok);
+                if (!ok)
+                    throw LineError{QStringLiteral("%1 samples is more than a count holds.")
+                                        .arg(m.captured(3))};
+            }
             return;
         }
         if (const auto m = fail.match(text); m.hasMatch()) {
@@ -324,6 +444,7 @@ private:
     SimPlateConfig m_plate;
     QString m_plateHeader;
     int m_plateStart = 0;
+    int m_frequencyLine = 0; // where the sampling frequency or modulator rate was last set
     std::optional<double> m_ambient;
 };
 
@@ -365,24 +486,45 @@ QString ScenarioReader::formatHelp() {
         "Lines starting with # or ; are comments; # also ends a line early.\n"
         "\n"
         "[site]                       optional\n"
-        "  gravity = 9.80665          m/s^2, for the weights and people below\n"
-        "  ambient = 22               room temperature, C\n"
+        "  gravity = 9.796878         m/s^2, for the weights and people below (1 to 30)\n"
+        "  ambient = 22               room temperature, C (-40 to 85)\n"
         "\n"
         "[plate <name>]               one section per plate, in enumeration order\n"
         "  serial = 20418             required, one word\n"
         "  firmware = 2.3             1.x: unsigned converter codes, 2.x: signed\n"
         "  seed = 7                   draws the hidden matrix, offsets, drift, noise\n"
-        "  noise = 120                RMS converter codes at 100 Hz (grows as sqrt(f))\n"
+        "  noise = 120                RMS converter codes at 100 Hz (grows as sqrt(f)),\n"
+        "                             at most 1000000\n"
         "  matrix = a b c; d e f; g h i   hidden true matrix, rows Fz, Mx, My,\n"
         "                             N or N.m per volt at 1 V excitation\n"
-        "  gage voltage = 5           power-on default excitation, V\n"
-        "  sampling frequency = 100   power-on default, Hz\n"
-        "  modulator rate = 72000     converter clock, Hz (3200 samples at 0.4 Hz)\n"
+        "  gage voltage = 5           power-on default excitation, V (-10 to 10)\n"
+        "  sampling frequency = 100   power-on default, Hz, from modulator rate / 8000\n"
+        "                             to modulator rate x 16 / 20\n"
+        "  modulator rate = 72000     converter clock, Hz, 1000 to 200000\n"
+        "                             (3200 samples at 0.4 Hz)\n"
         "  calibrated = yes           no: matrix and zero values cleared, no record\n"
         "  plugged = yes              no: plug it in later with an event\n"
+        "  The imperfections of a real plate, each with its default:\n"
+        "  imperfections = real       none: an ideal plate with white noise (give it\n"
+        "                             first, then any of the keys below)\n"
+        "  placement scatter = 1.5    mm, standard deviation of where a weight lands\n"
+        "  nonlinearity = 0.02        % of a load cell's full scale (1 kN)\n"
+        "  hysteresis = 0.02          % of full scale, unloading above loading\n"
+        "  creep = 0.03               % of a steady load, over 30 minutes\n"
+        "  top error = 0.6            mm at the top's corners: a fixed pattern\n"
+        "  flicker corner = 2         Hz, the noise rises as 1/f below it\n"
+        "  channel noise = 1, 1.12, 0.9, 0.3   each channel's share of the noise\n"
+        "  hum = 40                   codes of 50 Hz mains hum on the bridges\n"
+        "  thermal zero = 10          uV/V per C: the zero follows the warm-up\n"
+        "  self-heating = 0.06        C per V^2 of excitation in the gauges\n"
+        "  excitation settling = 90   s, time constant after an excitation change\n"
+        "  frequency transient = 400  codes the zero jumps at a new sampling frequency\n"
+        "  frequency settling = 1.5   s, its time constant\n"
+        "  gage dac step = 4.8828125  mV, the excitation is set in such steps\n"
         "\n"
         "[events]                     times count from the program's start\n"
-        "  at 5 s: load 25 kg at (0.1, 0.2) on 20418       x, y in metres\n"
+        "  at 5 s: load 25 kg at (0.1, 0.2) on 20418       x, y in metres, on the top:\n"
+        "           x -0.4064 to 0.4064, y -0.2032 to 0.5588; up to 5000 kg\n"
         "  at 30 s: person 70 kg swaying on 20418         or standing; at (x, y)\n"
         "  at 45 s: unload 20418                          everything off\n"
         "  at 1 min: unplug 20418\n"

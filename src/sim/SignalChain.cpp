@@ -5,17 +5,58 @@
 
 namespace kx {
 
+namespace {
+
+// How much of the frequency transient each channel shows, and with which sign.
+constexpr std::array<double, 4> FrequencyTransientShare{1.0, -0.8, 0.6, 0.3};
+// After this many time constants a transient is below a thousandth of a code.
+constexpr double SettledAfter = 40.0;
+
+// start → end with time constant tau, `since` seconds after the start.
+double relax(double start, double end, double since, double tau) {
+    if (since >= SettledAfter * tau || tau <= 0)
+        return end;
+    return end + (start - end) * std::exp(-std::max(since, 0.0) / tau);
+}
+
+} // namespace
+
 SignalChain::SignalChain(const PlateTruth& truth, quint64 noiseSeed)
     : m_truth(truth)
-    , m_noise(noiseSeed)
+    , m_cells(truth.imperfections)
+    , m_noise(truth.noiseCodes, truth.imperfections, noiseSeed)
     , m_calibratedAt(truth.ambientTemperature) {}
 
 void SignalChain::setSampleFrequency(double hertz) {
-    m_noiseScale = std::sqrt(std::max(hertz, 0.0) / 100.0);
+    m_noise.setSampleFrequency(hertz);
+}
+
+void SignalChain::sampleFrequencyChanged(double seconds) {
+    m_frequencyChangedAt = seconds;
+}
+
+void SignalChain::excitationChanged(double volts, double seconds) {
+    m_heatingFrom = gaugeHeating(seconds);
+    m_heatingTo = m_truth.imperfections.selfHeating * volts * volts;
+    m_heatingSince = seconds;
+}
+
+void SignalChain::powerOn(double volts, double seconds) {
+    excitationChanged(volts, seconds);
+    m_heatingFrom = 0;
 }
 
 void SignalChain::setResolution(int bits) {
     m_shift = 24 - std::clamp(bits, 1, 24);
+}
+
+double SignalChain::gaugeHeating(double seconds) const {
+    return relax(m_heatingFrom, m_heatingTo, seconds - m_heatingSince,
+                 m_truth.imperfections.excitationSettling);
+}
+
+void SignalChain::passLoad(const Wrench& load, double seconds) {
+    m_cells.pass(multiply(m_truth.sensitivity, Vector3{load.fz, load.mx, load.my}), seconds);
 }
 
 std::array<double, 4> SignalChain::restingCodes(double excitation, double temperature) const {
@@ -30,15 +71,21 @@ std::array<double, 4> SignalChain::restingCodes(double excitation, double temper
     return codes;
 }
 
-ConverterCodes SignalChain::convert(const Wrench& load, double excitation, double temperature) {
-    const std::array<double, 4> resting = restingCodes(excitation, temperature);
-    const Vector3 bridge = multiply(m_truth.sensitivity, Vector3{load.fz, load.mx, load.my});
-    // Mostly converter noise; the bridges and amplifier add a little with the excitation.
-    const double sigma = m_truth.noiseCodes * m_noiseScale * (0.8 + 0.04 * std::abs(excitation));
+ConverterCodes SignalChain::convert(const Wrench& load, double excitation, double temperature,
+                                    double seconds) {
+    const std::array<double, 4> resting =
+        restingCodes(excitation, temperature + gaugeHeating(seconds));
+    const Vector3 bridge =
+        m_cells.respond(multiply(m_truth.sensitivity, Vector3{load.fz, load.mx, load.my}), seconds);
+    const std::array<double, 4> noise = m_noise.next(seconds, excitation);
+    const double transient =
+        relax(m_truth.imperfections.frequencyTransientCodes, 0.0, seconds - m_frequencyChangedAt,
+              m_truth.imperfections.frequencySettling);
     ConverterCodes out;
     for (int c = 0; c < 4; ++c) {
         const double signal = c < 3 ? bridge[c] * excitation / CodeVolts : 0.0;
-        const double value = resting[c] + signal + sigma * m_noise.normal();
+        const double value =
+            resting[c] + signal + noise[c] + transient * FrequencyTransientShare[c];
         const double clamped = std::clamp(value, MinCode - 0.5, MaxCode + 0.5);
         out.clipped = out.clipped || clamped != value;
         // Rounded half away from zero without a library call: this runs four times a sample.

@@ -62,7 +62,7 @@ public:
     void makeNotResponding(const QString& serial);
     // Any fault, now.
     void inject(const QString& serial, PlateFault fault);
-    // Standard gravity unless a scenario sets the local value, m/s².
+    // The calibration's default local gravity unless a scenario sets another, m/s².
     void setGravity(double metresPerSecond2);
     double gravity() const { return m_gravity; }
     // Other HID devices on the bus (keyboard, mouse, ...), counted by HIDs().
@@ -84,7 +84,7 @@ private:
     QList<std::pair<int, int>> m_deviceIds;
     bool m_open = false;
     int m_otherHids = 2;
-    double m_gravity = 9.80665;
+    double m_gravity = DefaultSiteGravity;
 };
 
 } // namespace kx

@@ -4,6 +4,7 @@
 #include "sim/NoiseGenerator.h"
 #include "support/Clock.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace kx {
@@ -40,6 +41,7 @@ SimPlate::SimPlate(Clock& clock, SamplePacer& pacer, quint32 origin, const SimPl
     , m_codeOrigin(config.firmwareMajor < 2 ? OffsetBinaryOrigin : 0)
     , m_truth(PlateTruth::generate(config))
     , m_chain(m_truth, config.seed * 0x9E3779B97F4A7C15ull + 1)
+    , m_loads(config.imperfections, config.seed ^ 0x5CA77E5ull)
     , m_faults(clock, this,
                [this](PlateFault fault) {
                    if (m_faultHandler)
@@ -104,7 +106,7 @@ void SimPlate::powerOn() {
     m_open = false;
     m_activeIdentity = m_identity;
     m_converter = m_defaultConverter;
-    m_gage = m_defaultGage;
+    m_gage = dacVolts(m_defaultGage);
     m_zero = m_defaultZero;
     m_resolution = 24;
     m_chain.setResolution(m_resolution);
@@ -114,6 +116,7 @@ void SimPlate::powerOn() {
     m_backgroundCalibration = false;
     m_poweredAt = m_clock.tickCount();
     m_poweredAtSeconds = now();
+    m_chain.powerOn(m_gage, m_poweredAtSeconds);
     m_record.poweredOn(m_poweredAt);
     // The converter calibrates itself at power-on.
     m_chain.calibrateConverter(m_truth.temperature(0));
@@ -233,7 +236,19 @@ float SimPlate::GageVoltage(Which which) {
 
 void SimPlate::SetGageVoltage(Which which, float volts) {
     check("SetGageVoltage");
-    (which == Which::Default ? m_defaultGage : m_gage) = volts;
+    if (which == Which::Default) {
+        m_defaultGage = volts;
+        return;
+    }
+    m_gage = dacVolts(volts);
+    if (m_powered)
+        m_chain.excitationChanged(m_gage, now());
+}
+
+// The excitation DAC sets the nearest step to what is written.
+float SimPlate::dacVolts(float volts) const {
+    const double step = m_truth.imperfections.gageDacStep;
+    return step > 0 ? float(std::round(double(volts) / step) * step) : volts;
 }
 
 float SimPlate::SampleFrequency(Which which) {
@@ -243,7 +258,7 @@ float SimPlate::SampleFrequency(Which which) {
 
 void SimPlate::SetSampleFrequency(Which which, float hertz) {
     check("SetSampleFrequency");
-    converter(which).setSampleFrequency(hertz);
+    changeConverter(which, [&](ConverterModel& m) { m.setSampleFrequency(hertz); });
 }
 
 float SimPlate::CutoffFrequency(Which which) {
@@ -253,7 +268,7 @@ float SimPlate::CutoffFrequency(Which which) {
 
 void SimPlate::SetCutoffFrequency(Which which, float hertz) {
     check("SetCutoffFrequency");
-    converter(which).setCutoffFrequency(hertz);
+    changeConverter(which, [&](ConverterModel& m) { m.setCutoffFrequency(hertz); });
 }
 
 qint16 SimPlate::TurboRate(Which which) {
@@ -263,7 +278,7 @@ qint16 SimPlate::TurboRate(Which which) {
 
 void SimPlate::SetTurboRate(Which which, qint16 rate) {
     check("SetTurboRate");
-    converter(which).setTurboRate(rate);
+    changeConverter(which, [&](ConverterModel& m) { m.setTurboRate(rate); });
 }
 
 qint16 SimPlate::DecimationRate(Which which) {
@@ -273,7 +288,15 @@ qint16 SimPlate::DecimationRate(Which which) {
 
 void SimPlate::SetDecimationRate(Which which, qint16 rate) {
     check("SetDecimationRate");
-    converter(which).setDecimationRate(rate);
+    changeConverter(which, [&](ConverterModel& m) { m.setDecimationRate(rate); });
+}
+
+void SimPlate::changeConverter(Which which, const std::function<void(ConverterModel&)>& change) {
+    ConverterModel& model = converter(which);
+    const double before = model.sampleFrequency();
+    change(model);
+    if (which == Which::Current && model.sampleFrequency() != before)
+        m_chain.sampleFrequencyChanged(now());
 }
 
 int SimPlate::Resolution() {
@@ -328,6 +351,8 @@ bool SimPlate::PowerOn(qint16) {
 
 void SimPlate::SetPowerOn(qint16, bool on) {
     check("SetPowerOn");
+    if (on != m_powered)
+        m_chain.excitationChanged(on ? m_gage : 0.0, now());
     m_powered = on;
 }
 
@@ -475,13 +500,29 @@ void SimPlate::raise(PlateFault fault) {
     }
 }
 
+// Loads put on or taken off since the last sample went through the cells; their hysteresis
+// remembers the steady moments in between, in time order.
+void SimPlate::passLoadChanges(double seconds) {
+    std::array<double, 32> turns{};
+    size_t count = 0;
+    m_loads.forEachTurn(m_lastSampleSeconds, seconds, [&](double t) {
+        if (count < turns.size())
+            turns[count++] = t;
+    });
+    std::sort(turns.begin(), turns.begin() + qsizetype(count));
+    for (size_t i = 0; i < count; ++i)
+        m_chain.passLoad(m_loads.wrenchAt(turns[i]), turns[i]);
+    m_lastSampleSeconds = seconds;
+}
+
 PlateSample SimPlate::sampleAt(double seconds) {
+    passLoadChanges(seconds);
     const double celsius = m_truth.temperature(seconds - m_poweredAtSeconds);
     if (m_backgroundCalibration)
         m_chain.calibrateConverter(celsius);
     const double excitation = m_powered ? m_gage : 0.0;
     const ConverterCodes converted =
-        m_chain.convert(m_loads.wrenchAt(seconds), excitation, celsius);
+        m_chain.convert(m_loads.wrenchAt(seconds), excitation, celsius, seconds);
 
     PlateSample sample;
     sample.clipped = converted.clipped;

@@ -104,6 +104,8 @@ public:
 
     // Simulation control, for tests and scenarios.
     const PlateTruth& truth() const { return m_truth; }
+    // The extents of the top, where loads may stand.
+    static constexpr PlateTop top() { return PlateTop{}; }
     PlateLoads& loads() { return m_loads; }
     FaultSchedule& faults() { return m_faults; }
     FailurePlan& failures() { return m_failures; }
@@ -150,12 +152,16 @@ private:
     void check(const char* operation);
     bool isUsable() const { return m_plugged && m_responding && m_open; }
     ConverterModel& converter(Which which);
+    // Applies a change to the converter settings; a new current frequency unsettles the zero.
+    void changeConverter(Which which, const std::function<void(ConverterModel&)>& change);
+    float dacVolts(float volts) const;
     qint32& zeroValue(int channel, Which which);
     float& tableCell(int row, int column);
     double temperatureNow();
     void startConverting(const std::function<void(double)>& start);
     void stopConverting();
     PlateSample sampleAt(double seconds);
+    void passLoadChanges(double seconds);
     void loadFactoryState(const SimPlateConfig& config);
 
     Clock& m_clock;
@@ -191,6 +197,7 @@ private:
     bool m_backgroundCalibration = false;
     quint32 m_poweredAt = 0;
     double m_poweredAtSeconds = 0;
+    double m_lastSampleSeconds = 0;
     quint64 m_stall = 0; // tells a pending stall time-out whether it still applies
 
     bool m_plugged = false;

@@ -2,12 +2,17 @@
 
 #include "sim/ConverterModel.h"
 #include "sim/Matrix3.h"
+#include "sim/SimImperfections.h"
 
 #include <QString>
 #include <QtGlobal>
 #include <optional>
 
 namespace kx {
+
+// The site's gravity unless a scenario sets another: the calibration's default, so that a
+// calibration out of the box recovers a plate's matrix.
+constexpr double DefaultSiteGravity = 9.796878; // m/s²
 
 // What a scenario (or the default set-up) says about one simulated plate. Everything not
 // given here is drawn from the seed: the hidden sensitivity, offsets, drifts and the values
@@ -32,6 +37,7 @@ struct SimPlateConfig {
     // close to its offsets and a calibration record; an uncalibrated one holds zeros.
     bool calibrated = true;
     bool plugged = true;
+    SimImperfections imperfections;
 };
 
 } // namespace kx

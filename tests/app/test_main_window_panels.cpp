@@ -50,7 +50,9 @@ TEST_P(ConverterEdits, AreClampedWrittenAndReadBack) {
 INSTANTIATE_TEST_SUITE_P(
     MainWindow, ConverterEdits,
     ::testing::Values(
-        ConverterEdit{"GageZero", "txtAVoltageCurr", "0", 0.01f, {{"txtAVoltageCurr", "0.010"}}},
+        // The plate's excitation DAC sets 0.01 V as two steps of 5/1024 V.
+        ConverterEdit{
+            "GageZero", "txtAVoltageCurr", "0", 2 * 5.0f / 1024, {{"txtAVoltageCurr", "0.010"}}},
         ConverterEdit{"GageAboveFive", "txtAVoltageCurr", "5.5", 5, {{"txtAVoltageCurr", "5.000"}}},
         ConverterEdit{"SamplingTooHigh",
                       "txtSampFreqCurr",
@@ -111,7 +113,8 @@ TEST_F(MainWindowPanels, GageVoltageZeroIsRepairedOnSelection) {
     select(Fw1Plate);
     EXPECT_EQ(text(QStringLiteral("txtAVoltageDef")), QStringLiteral("0.010"));
     EXPECT_FLOAT_EQ(plate(Fw1Plate)->GageVoltage(Which::Default), 0.01f);
-    EXPECT_FLOAT_EQ(plate(Fw1Plate)->GageVoltage(Which::Current), 0.01f);
+    // The current value is what the excitation DAC sets: two steps of 5/1024 V.
+    EXPECT_FLOAT_EQ(plate(Fw1Plate)->GageVoltage(Which::Current), 2 * 5.0f / 1024);
 }
 
 struct ZeroEdit {

@@ -11,6 +11,14 @@
 
 namespace kx::test {
 
+// The default plates without the imperfections of real ones, for checks of exact arithmetic.
+inline Scenario idealPlates() {
+    Scenario scenario = Scenario::defaults();
+    for (SimPlateConfig& plate : scenario.plates)
+        plate.imperfections = SimImperfections::none();
+    return scenario;
+}
+
 // A manual clock and a simulated driver with the default plates, opened and enumerated.
 struct SimBench {
     explicit SimBench(const Scenario& scenario = Scenario::defaults()) {

@@ -124,6 +124,95 @@ TEST(ScenarioReader, MalformedFilesAreRejectedNamingTheLine) {
     EXPECT_TRUE(reader.errorString().startsWith("/nonexistent/bench.scenario: "));
 }
 
+// Values the simulator could not make sense of later are refused where they stand.
+TEST(ScenarioReader, ValuesBeyondPhysicalSenseAreRejectedNamingTheLine) {
+    const QString plate = QStringLiteral("[plate a]\nserial = 1\n");
+    const struct {
+        const char* lines; // after the plate's two lines
+        int line;
+        const char* says;
+    } cases[] = {
+        {"modulator rate = 999\n", 3, "between 1000 and 200000"},
+        {"sampling frequency = 2000\nmodulator rate = 1600\n", 4, "1600 Hz modulator"},
+        {"modulator rate = 3200\nsampling frequency = 0.3\n", 4, "0.4 to 2560 Hz"},
+        {"sampling frequency = 60000\n", 3, "not at 60000 Hz"},
+        {"gage voltage = 10.5\n", 3, "between -10 and 10"},
+        {"noise = 2e6\n", 3, "Noise (codes)"},
+        {"matrix = 1e7 0 0; 0 1 0; 0 0 1\n", 3, "beyond"},
+        {"nonlinearity = 6\n", 3, "between 0 and 5"},
+        {"placement scatter = -1\n", 3, "placement scatter"},
+        {"channel noise = 1 1 1\n", 3, "four levels"},
+        {"imperfections = some\n", 3, "none"},
+        {"[site]\ngravity = 0.5\n", 4, "Gravity"},
+        {"[site]\nambient = 400\n", 4, "ambient temperature"},
+        {"[events]\nat 1 s: load 6000 kg at (0, 0) on 1\n", 4, "A load (kg)"},
+        {"[events]\nat 1 s: load 25 kg at (0.5, 0) on 1\n", 4, "off the plate's top"},
+        {"[events]\nat 1 s: person 70 kg at (0, -0.3) on 1\n", 4, "off the plate's top"},
+        {"[events]\nat 1 s: person 0.5 kg on 1\n", 4, "A person (kg)"},
+        {"[events]\nat 1 s: clipping on 1 after 99999999999999999999 samples\n", 4,
+         "more than a count holds"},
+    };
+    for (const auto& c : cases) {
+        QString error;
+        const QString text = plate + QString::fromLatin1(c.lines);
+        EXPECT_FALSE(parse(text, &error)) << c.lines;
+        EXPECT_TRUE(error.startsWith(QStringLiteral("Line %1: ").arg(c.line)))
+            << c.lines << " -> " << error.toStdString();
+        EXPECT_TRUE(error.contains(QLatin1String(c.says))) << error.toStdString();
+    }
+    // The edges themselves are fine: the slowest and fastest rates, the corners of the top.
+    EXPECT_TRUE(parse(plate + QStringLiteral("modulator rate = 3200\nsampling frequency = 0.4\n"
+                                             "[events]\nat 1 s: load 5000 kg at (0.4064, "
+                                             "-0.2032) on 1\nat 2 s: clipping on 1 after "
+                                             "9223372036854775807 samples\n")));
+}
+
+TEST(ScenarioReader, ImperfectionsAreReadInTheUnitsATechnicianUses) {
+    const auto scenario = parse(QStringLiteral(R"([plate ideal]
+serial = 1
+imperfections = none
+hum = 12
+[plate real]
+serial = 2
+placement scatter = 2.5
+nonlinearity = 0.05
+hysteresis = 0.01
+creep = 0.1
+top error = 1.2
+flicker corner = 4
+channel noise = 1, 2, 3, 0.5
+thermal zero = 20
+self-heating = 0.1
+excitation settling = 60
+frequency transient = 250
+frequency settling = 3
+gage dac step = 2.5
+)"));
+    ASSERT_TRUE(scenario);
+    ASSERT_EQ(scenario->plates.size(), 2);
+    const kx::SimImperfections& ideal = scenario->plates[0].imperfections;
+    EXPECT_EQ(ideal.placementScatter, 0.0);
+    EXPECT_EQ(ideal.flickerCorner, 0.0);
+    EXPECT_EQ(ideal.humCodes, 12.0); // a key after "none" switches one back on
+    const kx::SimImperfections& real = scenario->plates[1].imperfections;
+    const std::pair<double, double> read[] = {{real.placementScatter, 0.0025},
+                                              {real.nonlinearity, 0.0005},
+                                              {real.hysteresis, 0.0001},
+                                              {real.creep, 0.001},
+                                              {real.topError, 0.0012},
+                                              {real.flickerCorner, 4},
+                                              {real.channelNoise[2], 3},
+                                              {real.thermalZero, 2e-5},
+                                              {real.selfHeating, 0.1},
+                                              {real.excitationSettling, 60},
+                                              {real.frequencyTransientCodes, 250},
+                                              {real.frequencySettling, 3},
+                                              {real.gageDacStep, 0.0025},
+                                              {real.humCodes, kx::SimImperfections{}.humCodes}};
+    for (size_t i = 0; i < std::size(read); ++i)
+        EXPECT_DOUBLE_EQ(read[i].first, read[i].second) << i;
+}
+
 TEST(Scenario, EventsHappenAtTheirTimes) {
     auto scenario = parse(QStringLiteral(R"([plate a]
 serial = 20418
@@ -153,7 +242,7 @@ at 5 s: plug in 11093
     ASSERT_EQ(recorder.samples.size(), 600u);
     const auto fzAt = [&](size_t i) { return recorder.samples[i].forces[0]; };
     EXPECT_NEAR(fzAt(90), 0.0f, 2.0f);
-    EXPECT_NEAR(fzAt(150), -50 * 9.80665f, 5.0f);
+    EXPECT_NEAR(fzAt(150), -50 * 9.796878f, 5.0f);
     EXPECT_NEAR(fzAt(290), 0.0f, 2.0f);
     EXPECT_EQ(timeouts, 0); // armed at 3 s, past 150 samples: left to the next acquisition
     plate.StartAcquisition(true, false, true, false, true);

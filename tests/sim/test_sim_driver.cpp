@@ -128,18 +128,19 @@ TEST(SimDriver, UnplugRaisesRemovalThenPlateRemovedAndReplugReusesThePlate) {
 TEST(SimDriver, CurrentSettingsSurviveReleaseButPowerOnRestoresDefaults) {
     SimBench bench;
     PlateDevice* plate = bench.driver.Item(1);
-    plate->SetGageVoltage(Which::Current, 1.5f);
-    plate->SetGageVoltage(Which::Default, 4.0f);
+    // Both whole steps of the excitation DAC (5/1024 V), so they read back exactly.
+    plate->SetGageVoltage(Which::Current, 1.25f);
+    plate->SetGageVoltage(Which::Default, 3.75f);
 
     bench.driver.ReleaseAll();
     EXPECT_THROW(plate->GageVoltage(Which::Current), PlateError);
     bench.driver.OpenDevices(kx::PlateVendorId, kx::PlateProductId1, kx::PlateProductId2);
     bench.clock.settle();
     EXPECT_EQ(bench.driver.Item(1), plate);
-    EXPECT_FLOAT_EQ(plate->GageVoltage(Which::Current), 1.5f);
+    EXPECT_FLOAT_EQ(plate->GageVoltage(Which::Current), 1.25f);
 
     replug(bench, "20418");
-    EXPECT_FLOAT_EQ(plate->GageVoltage(Which::Current), 4.0f);
+    EXPECT_FLOAT_EQ(plate->GageVoltage(Which::Current), 3.75f);
 }
 
 TEST(SimDriver, NotRespondingPlateIsReportedAndLeftOutUntilReplugged) {

@@ -1,3 +1,4 @@
+#include "PlateMeasure.h"
 #include "SimBench.h"
 #include "sim/ConverterModel.h"
 #include "sim/NoiseGenerator.h"
@@ -15,49 +16,12 @@ using kx::PlateDevice;
 using kx::SimPlate;
 using kx::Which;
 using kx::test::ForcesRecorder;
+using kx::test::measure;
 using kx::test::SimBench;
+using kx::test::zeroPlate;
 using kx::test::ZeroRecorder;
 
 namespace {
-
-// Takes a zero on the unloaded plate and writes its averages as the current zero values, as
-// the zero dialogs do.
-void zeroPlate(SimBench& bench, SimPlate& plate) {
-    ZeroRecorder zero(plate);
-    plate.CalibrateSelf();
-    plate.StartZero(200, true, 30, 50);
-    bench.clock.advance(10000);
-    ASSERT_EQ(zero.average.size(), 4);
-    for (int c = 0; c < 3; ++c)
-        plate.SetZeroValue(c, Which::Current, qint32(std::lround(zero.average[c])));
-}
-
-// Mean volts and forces of a test block of `samples`, and the deviation of the volts.
-struct Means {
-    std::array<double, 3> volts{};
-    std::array<double, 3> forces{};
-    std::array<double, 3> voltsDeviation{};
-};
-
-Means measure(SimBench& bench, SimPlate& plate, int samples) {
-    kx::test::BlockRecorder block(plate);
-    plate.StartTest(samples, true, true, false, 0, true);
-    bench.clock.advance(qint64(samples * 1000.0 / plate.SampleFrequency(Which::Current)) + 1);
-    Means m;
-    EXPECT_EQ(block.volts.size(), samples);
-    for (int c = 0; c < 3; ++c) {
-        double sum = 0;
-        double sumSq = 0;
-        for (int i = 0; i < block.volts.size(); ++i) {
-            sum += block.volts[i][c];
-            sumSq += double(block.volts[i][c]) * block.volts[i][c];
-            m.forces[c] += block.forces[i][c] / double(samples);
-        }
-        m.volts[c] = sum / samples;
-        m.voltsDeviation[c] = std::sqrt(std::abs(sumSq - sum * sum / samples) / (samples - 1));
-    }
-    return m;
-}
 
 // The calibration's least squares, C = (L·Sᵀ)·(S·Sᵀ)⁻¹, with the inverse by cofactors,
 // independent of the library's own algebra.
@@ -177,7 +141,7 @@ TEST(SimAcquisition, CaptureAndTestBlocksDeliverTheirSamplesAsAnEvent) {
 
 // Codes are offset-binary around mid-scale on firmware 1.x, signed around 0 on firmware 2.x.
 TEST(SimAcquisition, ZeroReportsProgressThenStatisticsOfTheRawCodes) {
-    SimBench bench;
+    SimBench bench(kx::test::idealPlates());
     SimPlate& plate = bench.plate("20418");
     ZeroRecorder zero(plate);
     ZeroRecorder older(bench.plate("11093"));
@@ -281,11 +245,9 @@ TEST(SimPhysics, ForcesAreTheStoredMatrixTimesTheVolts) {
 }
 
 TEST(SimPhysics, ASingleLoadPushesDownAtItsPosition) {
-    SimBench bench;
+    SimBench bench(kx::test::idealPlates());
     SimPlate& plate = bench.plate("20418");
-    for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c)
-            plate.SetMatrixElement(r, c, float(plate.truth().trueMatrix[r][c]));
+    kx::test::storeTrueMatrix(plate);
     zeroPlate(bench, plate);
     const double g = plate.loads().gravity();
     const struct { double kg, x, y; } cases[] = {{25, 0, 0}, {50, -0.35, -0.15}, {10, 0.2, 0.5}};
@@ -341,7 +303,12 @@ TEST(SimPhysics, CalibrationOverAGridRecoversTheHiddenMatrix) {
     }
     const Matrix3 fitted = fit(loads, signals);
     const Matrix3& truth = plate.truth().trueMatrix;
+    // The weight lands a millimetre or two off each point: the moment rows are only as good
+    // as the placement over the 0.6 m the grid spans, with three standard deviations' room.
+    const double placement = 3 * plate.truth().imperfections.placementScatter / 0.6;
     for (int r = 0; r < 3; ++r)
         for (int c = 0; c < 3; ++c)
-            EXPECT_NEAR(fitted[r][c], truth[r][c], 0.002 * std::abs(truth[0][c])) << r << "," << c;
+            EXPECT_NEAR(fitted[r][c], truth[r][c],
+                        (0.002 + (r > 0 ? placement : 0.0)) * std::abs(truth[0][c]))
+                << r << "," << c;
 }
