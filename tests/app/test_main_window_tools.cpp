@@ -33,7 +33,6 @@ TEST_F(MainWindowTools, ADialogGetsThePlateAndTheWindowWhileOpen) {
     EXPECT_FALSE(window->cmdNoise->isEnabled()) << "no dialog, no button";
     addBenchTool(window->cmdNoise, strings::NoiseBlock);
     EXPECT_TRUE(window->cmdNoise->isEnabled());
-    EXPECT_FALSE(window->cmdCalibrate->isEnabled());
     select(Fw1Plate);
     window->cmdNoise->click();
     ASSERT_FALSE(dialog.isNull());

@@ -48,6 +48,10 @@ TEST_P(ToolDialogs, OpenOnTheSelectedPlateAndShowEveryTextWhole) {
             EXPECT_LT(push->fontMetrics().horizontalAdvance(push->text().remove(u'&')),
                       push->width())
                 << push->objectName().toStdString();
+        } else if (const auto* label = qobject_cast<const QLabel*>(w); label && label->wordWrap()) {
+            // A wrapped text needs the height of its lines at the width it got.
+            EXPECT_GE(label->height(), label->heightForWidth(label->width()))
+                << label->objectName().toStdString();
         } else if (qobject_cast<const QLabel*>(w) || qobject_cast<const QAbstractButton*>(w)) {
             EXPECT_GE(w->width(), w->sizeHint().width()) << w->objectName().toStdString();
         }
@@ -70,7 +74,8 @@ INSTANTIATE_TEST_SUITE_P(
         Tool{"frmScale", &frmMain::cmdScale, {"cmdDisplay"}},
         Tool{"frmPlateInfoEx", [](frmMain& w) { return w.frmGeneralInfo->cmdDevInfoEx; }, {}},
         Tool{"frmProgramID", &frmMain::cmdProgramID, {"cmdGet"}},
-        Tool{"frmEncoder", &frmMain::cmdEncoder, {}}),
+        Tool{"frmEncoder", &frmMain::cmdEncoder, {}},
+        Tool{"frmCalibrate", &frmMain::cmdCalibrate, {"cmdZero", "cmdDisplay"}}),
     [](const auto& param) {
         return QString::fromLatin1(param.param.name).remove(u'-').toStdString();
     });
