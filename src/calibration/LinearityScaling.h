@@ -21,7 +21,7 @@ struct LinearityStep;
 class LinearityScaling {
 public:
     // Fz = −(C11·s1 + C12·s2 + C13·s3), a downward load positive, rounded to single.
-    static float computedFz(const CalMatrix& matrix, const std::array<double, 3>& signals);
+    static float computedFz(const CalMatrix& matrix, const std::array<double, 3>& means);
 
     // One row per weight: "Fz [N]", "Load [N]", "Unload [N]" ("0.000") and "Scale" ("0.0000",
     // computed over applied force, from the mean of the steps taken). Cells of steps not taken
