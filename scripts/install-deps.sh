@@ -7,6 +7,7 @@ packages=(
     qt6-base-dev qt6-multimedia-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     python3-numpy
+    libeigen3-dev
 )
 
 missing=()

@@ -400,6 +400,7 @@ constexpr std::array Table = std::to_array<Entry>({
     {8872, "Please enter a valid Environmental Condition!"},
     {8880, "for compatibility with previously collected data\nthe bridge excitation has been set "
            "to "},
+    {8890, "Unable to start Matlab"},
     {8900, Overrun},
     {8901, ShortOverrun},
     {8910, Clipped},
@@ -409,6 +410,23 @@ constexpr std::array Table = std::to_array<Entry>({
     {8940, WriteTimeout},
     {8950, "Error: Signal Too Noisy!\n\n\n\nTry the acquisition again."},
     {8951, "Error: Signal Too Noisy!\nTry the acquisition again."},
+    {8960, "No channel has a positive signal at the points with data.\n\nThe matrix cannot be "
+           "computed; the previous matrix is kept."},
+    {8961, "The matrix of %1 channels needs data at %1 points or more; %2 have data.\n\nThe "
+           "previous matrix is kept."},
+    {8962, "The points with data do not determine the matrix (condition number %1).\n\nTake "
+           "data at points spread over the plate; the previous matrix is kept."},
+    {8970, "The calibration file is empty."},
+    {8971, "The calibration file ends inside %1."},
+    {8972, "The calibration file gives %1 points: fewer than one, or more than the file holds."},
+    {8973, "The calibration file's %1 has the dimensions %2 where %3 were expected."},
+    {8974, "%1 is a folder, not a calibration file."},
+    {8975, "The calibration file %1 cannot be opened: %2"},
+    {8976, "The calibration file's %1 holds a value of unknown type %2."},
+    {8977, "The calibration file has %1 unexpected bytes after its last field."},
+    {8978, "The calibration file gives %1 linearity steps: a negative count, or more than the "
+           "file holds."},
+    {8979, "The calibration file %1 could not be written."},
 
     // frmPlateInfoEx
     {9000, "KX Force Platforms Control Panel - Extended Device Info"},

@@ -159,6 +159,24 @@ inline constexpr int InvalidOperator = 8870;
 inline constexpr int MissingConditions = 8871;
 inline constexpr int InvalidCondition = 8872;
 inline constexpr int ExcitationNote = 8880; // the excitation value follows
+inline constexpr int EngineUnavailable = 8890;
+
+// Refusals of the matrix fit; the previous matrix stays.
+inline constexpr int FitNoSignal = 8960;
+inline constexpr int FitTooFewPoints = 8961;   // %1 channels, %2 points with data
+inline constexpr int FitIllConditioned = 8962; // %1 condition number
+
+// Calibration files that cannot be read; %1 names the part of the record.
+inline constexpr int FileEmpty = 8970;
+inline constexpr int FileTruncated = 8971;
+inline constexpr int FileBadPointCount = 8972; // %1 the count
+inline constexpr int FileBadArray = 8973;      // %1 the field, %2 its header, %3 expected
+inline constexpr int FileIsFolder = 8974;      // %1 the path
+inline constexpr int FileCannotOpen = 8975;    // %1 the path, %2 the reason
+inline constexpr int FileBadVariant = 8976;    // %1 the field, %2 the type tag
+inline constexpr int FileTrailingBytes = 8977; // %1 the count
+inline constexpr int FileBadStepCount = 8978;  // %1 the count
+inline constexpr int FileNotSaved = 8979;      // %1 the path
 
 inline constexpr int TooNoisy = 8950;        // point mode
 inline constexpr int TooNoisyScaling = 8951; // scaling panel: plain two-line text

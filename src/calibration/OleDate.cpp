@@ -1,0 +1,36 @@
+#include "calibration/OleDate.h"
+
+#include <cmath>
+
+namespace kx {
+
+namespace {
+
+constexpr double MsPerDay = 86400000.0;
+
+QDate epoch() {
+    return QDate(1899, 12, 30);
+}
+
+} // namespace
+
+OleDate OleDate::fromDateTime(const QDateTime& dateTime) {
+    if (!dateTime.isValid())
+        return {};
+    const double day = static_cast<double>(epoch().daysTo(dateTime.date()));
+    const double fraction = dateTime.time().msecsSinceStartOfDay() / MsPerDay;
+    // Before the epoch the integer part counts back while the fraction still counts forward.
+    return {day >= 0 ? day + fraction : day - fraction};
+}
+
+QDateTime OleDate::toDateTime() const {
+    if (!std::isfinite(days) || std::abs(days) > 3e6)
+        return {};
+    const double whole = std::trunc(days);
+    const double fraction = std::abs(days - whole);
+    const auto ms = static_cast<int>(std::llround(fraction * MsPerDay));
+    const QDate date = epoch().addDays(static_cast<qint64>(whole));
+    return QDateTime(date, QTime(0, 0)).addMSecs(ms);
+}
+
+} // namespace kx
