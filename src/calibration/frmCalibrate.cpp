@@ -1,22 +1,45 @@
 #include "calibration/frmCalibrate.h"
 
+#include "calibration/AcquisitionPlan.h"
+#include "calibration/BuiltInFitEngine.h"
+#include "calibration/CalFileReader.h"
+#include "calibration/CalFileWriter.h"
+#include "calibration/CalibrationSettings.h"
+#include "calibration/FitSummary.h"
+#include "calibration/LinearityScaling.h"
+#include "calibration/OctaveFitEngine.h"
 #include "calibration/PlatePicture.h"
+#include "calibration/PointTable.h"
+#include "measure/SignalSet.h"
 #include "measure/StripChart.h"
+#include "resources/ResourceFiles.h"
 #include "resources/StringTable.h"
+#include "support/Clock.h"
+#include "support/DateFormat.h"
+#include "support/Folders.h"
+#include "support/IniFile.h"
+#include "support/NumberFormat.h"
+#include "support/Prompt.h"
 
 #include <QCheckBox>
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QLocale>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QStatusBar>
 #include <QTableWidget>
 #include <QVBoxLayout>
+#include <cmath>
+#include <utility>
 
 namespace kx {
 
@@ -66,10 +89,39 @@ constexpr int ScrollCaption = 810;
 constexpr int GridCaption = 820;
 constexpr int AutoScaleCaption = 830;
 constexpr int DisplayOnCaption = 840;
+constexpr int DisplayOffCaption = 841;
 constexpr int SignalVoltsCaption = 842;
 constexpr int SignalForcesCaption = 843;
 constexpr int MaxCaption = 850;
 constexpr int MinCaption = 851;
+constexpr int StatusNoPlate = 860;
+constexpr int StatusReady = 861;
+constexpr int StatusAcquiringZero = 862;
+constexpr int StatusAcquiringData = 863;
+constexpr int StatusComputingMatrix = 864;
+constexpr int UncertaintyTip = 8540;
+
+constexpr int ProgressPeriodMs = 100;
+
+// The operator records' fixed tags; the operator's code follows each.
+constexpr char OperatorTag2[] = "KXI_OP_27.930418.2";
+constexpr char OperatorTag3[] = "KXI_OP_361907254.8";
+
+// A number typed into a box: "." as the decimal sign, blanks around allowed.
+std::optional<double> parseNumber(const QString& text) {
+    bool ok = false;
+    const double value = QLocale::c().toDouble(text.trimmed(), &ok);
+    return ok && std::isfinite(value) ? std::optional(value) : std::nullopt;
+}
+
+float toSingle(double value) {
+    return static_cast<float>(value);
+}
+
+QString dateText(const OleDate& date) {
+    const QDateTime when = date.toDateTime();
+    return formatShortDate(when.date()) + u' ' + when.time().toString(QStringLiteral("HH:mm:ss"));
+}
 
 template <typename T>
 T* named(T* widget, const QString& objectName) {
@@ -133,7 +185,21 @@ void fitRows(QTableWidget* grid, bool header) {
 
 } // namespace
 
-struct frmCalibrate::State {};
+struct frmCalibrate::State {
+    CalibrationSettings settings;
+    Calibration calibration;
+    std::unique_ptr<OctaveFitEngine> engine; // none when it cannot be started
+    BuiltInFitEngine builtIn;
+    Timer* progress = nullptr; // paces the progress bar of a data acquisition
+    quint32 startTick = 0;
+    float frequency = 0;
+    QString openFile; // the file opened or saved last; a save writes it again
+    bool running = false;
+    bool zeroRunning = false;
+    bool scaling = false;
+    int step = -1; // the linearity step being taken
+    bool display = false;
+};
 
 frmCalibrate::frmCalibrate(const ToolContext& context, QWidget* parent)
     : ToolDialog(context, strings::CalibrateBlock, parent)
@@ -494,6 +560,11 @@ void frmCalibrate::layOutControls() {
     buttons->addWidget(ProgressBar1, 1);
     buttons->addWidget(cmdOK);
     buttons->addWidget(cmdCancel);
+    // Frames sit close together: the dialog must fit a 1366 x 768 screen.
+    for (QGroupBox* frame : findChildren<QGroupBox*>()) {
+        frame->layout()->setContentsMargins(6, 2, 6, 4);
+        frame->layout()->setSpacing(3);
+    }
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(6, 6, 6, 2);
     layout->setSpacing(4);
@@ -502,10 +573,701 @@ void frmCalibrate::layOutControls() {
     layout->addWidget(StatusBar1);
 }
 
-void frmCalibrate::connectControls() {}
+void frmCalibrate::connectControls() {
+    connect(cmdNext, &QPushButton::clicked, this, &frmCalibrate::cmdNext_Click);
+    connect(picPlate, &PlatePicture::clicked, this, &frmCalibrate::picPlate_Click);
+    connect(cmdZero, &QPushButton::clicked, this, &frmCalibrate::cmdZero_Click);
+    connect(cmdData, &QPushButton::clicked, this, &frmCalibrate::cmdData_Click);
+    connect(cmdMatrix, &QPushButton::clicked, this, &frmCalibrate::cmdMatrix_Click);
+    connect(cmdScaleZero, &QPushButton::clicked, this, &frmCalibrate::cmdScaleZero_Click);
+    for (int i = 0; i < LinearitySteps; ++i)
+        connect(cmdScaleLoad[i], &QPushButton::clicked, this, [this, i] { cmdScaleLoad_Click(i); });
+    connect(cmdScale, &QPushButton::clicked, this, &frmCalibrate::cmdScale_Click);
+    connect(cmdFileSave, &QPushButton::clicked, this, &frmCalibrate::cmdFileSave_Click);
+    connect(cmdFileName, &QPushButton::clicked, this, &frmCalibrate::cmdFileName_Click);
+    connect(cmdDisplay, &QPushButton::clicked, this, &frmCalibrate::cmdDisplay_Click);
+    connect(cmdOK, &QPushButton::clicked, this, &frmCalibrate::cmdOK_Click);
+    connect(cmdCancel, &QPushButton::clicked, this, &QWidget::close);
+    connect(txtOpNow, &QLineEdit::textChanged, this,
+            [this](const QString& code) { m_state->calibration.operatorNow = code.trimmed(); });
 
-void frmCalibrate::loading() {}
+    connect(chkScroll, &QCheckBox::toggled, this, [this](bool on) {
+        for (StripChart* chart : KXIStripChart)
+            chart->setScrolling(on);
+    });
+    connect(chkAutoScale, &QCheckBox::toggled, this, [this](bool on) {
+        for (StripChart* chart : KXIStripChart)
+            chart->setAutoScale(on);
+    });
+    connect(chkGrid, &QCheckBox::toggled, this, [this](bool on) {
+        for (StripChart* chart : KXIStripChart)
+            chart->setGridStyle(on ? StripChart::kHorizontalGrid | StripChart::kVerticalGrid : 0);
+    });
+    for (int i = 0; i < 2; ++i) {
+        connect(optSignal[i], &QRadioButton::toggled, this, [this](bool on) {
+            if (!on)
+                return;
+            for (StripChart* chart : KXIStripChart)
+                chart->Clear();
+            showSignalNames();
+        });
+    }
+    for (int i = 0; i < Channels; ++i) {
+        connect(KXIStripChart[i], &StripChart::ScaleTopChanged, lblMax[i],
+                [label = lblMax[i]](float value) { label->setText(formatGeneral(value)); });
+        connect(KXIStripChart[i], &StripChart::ScaleBottomChanged, lblMin[i],
+                [label = lblMin[i]](float value) { label->setText(formatGeneral(value)); });
+    }
 
-void frmCalibrate::unloading() {}
+    m_state->progress = clock().createTimer(this);
+    connect(m_state->progress, &Timer::timeout, this, [this] {
+        const auto elapsed = static_cast<double>(quint32(clock().tickCount() - m_state->startTick));
+        const auto taken = static_cast<int>(elapsed * double(m_state->frequency) / 1000.0);
+        ProgressBar1->setValue(std::min(taken, ProgressBar1->maximum()));
+    });
+
+    // Time-outs abort and return to idle through the reporter; overrun and clipping abort
+    // there too, and the dialog returns to idle for them as well.
+    setDeviceErrorActions({.recover = [this](DeviceEvent) { returnToIdle(); }});
+}
+
+const Calibration& frmCalibrate::calibration() const {
+    return m_state->calibration;
+}
+
+void frmCalibrate::loading() {
+    State& st = *m_state;
+    st.settings = CalibrationSettings::load(IniFile::sharedProfile());
+    st.calibration = Calibration::fromSettings(st.settings);
+    if (auto engine = std::make_unique<OctaveFitEngine>(); engine->isAvailable())
+        st.engine = std::move(engine);
+    setStatus(StatusNoPlate);
+    if (device()) {
+        runDevice([&] {
+            if (txtExcitation->text().trimmed().isEmpty())
+                txtExcitation->setText(
+                    formatNumber(device()->GageVoltage(Which::Current), u"0.000"));
+            st.frequency = device()->SampleFrequency(Which::Current);
+            lblFreqTxt->setText(formatNumber(st.frequency, u"0.000"));
+            lblOpPastTxt->setText(device()->CalibrationRecordOperator());
+        });
+        PlateDevice* plate = device();
+        connect(plate, &PlateDevice::ZeroProgress, this, &frmCalibrate::ZeroProgress);
+        connect(plate, &PlateDevice::ZeroDone, this,
+                [this](qint32, const ChannelValues& average, const ChannelValues& deviation,
+                       const ChannelValues&) { ZeroDone(average, deviation); });
+        connect(plate, &PlateDevice::TestDone, this,
+                [this](qint32 count, const QList<Float3>&, const QList<Float3>& volts) {
+                    TestDone(count, volts);
+                });
+        connect(
+            plate, &PlateDevice::ForcesIn, this,
+            [this](qint32, const Float3& forces, const Float3& volts) { ForcesIn(forces, volts); });
+        // Overrun and clipping have no reset step of their own: the run is over all the same.
+        for (auto fault : {&PlateDevice::BufferOverRun, &PlateDevice::DataClipped})
+            connect(plate, fault, this, &frmCalibrate::returnToIdle);
+        setStatus(StatusReady);
+    }
+    setCommandsEnabled(true);
+    showSignalNames();
+    showEverything();
+}
+
+void frmCalibrate::unloading() {
+    if (device()) {
+        if (m_state->running || m_state->display) {
+            if (!deviceRemoved())
+                runDevice([this] { device()->StopAcquisition(); });
+        }
+        disconnect(device(), nullptr, this, nullptr);
+    }
+    m_state->running = false;
+    m_state->display = false;
+    m_state->settings.save(IniFile::sharedProfile());
+}
+
+// --- The points -------------------------------------------------------------------------
+
+void frmCalibrate::cmdNext_Click() {
+    PointTable(m_state->calibration).next();
+    showPicture();
+    showZeroPanel();
+    showDataPanel();
+}
+
+void frmCalibrate::picPlate_Click(QPointF plate) {
+    PointTable(m_state->calibration)
+        .click(plate.x(), plate.y(), double(m_state->settings.DisplayPointRadius));
+    m_state->scaling = false;
+    showPicture();
+    showZeroPanel();
+    showDataPanel();
+}
+
+void frmCalibrate::cmdZero_Click() {
+    startZero(false);
+}
+
+void frmCalibrate::cmdScaleZero_Click() {
+    startZero(true);
+}
+
+void frmCalibrate::cmdData_Click() {
+    startData(-1);
+}
+
+void frmCalibrate::cmdScaleLoad_Click(int step) {
+    startData(step);
+}
+
+// --- Acquisitions -----------------------------------------------------------------------
+
+void frmCalibrate::stopRunning() {
+    State& st = *m_state;
+    if (!st.running && !st.display)
+        return;
+    runDevice([this] { device()->StopAcquisition(); });
+    st.running = false;
+    if (std::exchange(st.display, false)) {
+        for (StripChart* chart : KXIStripChart)
+            chart->StopPlot();
+        cmdDisplay->setText(text(DisplayOnCaption));
+    }
+}
+
+bool frmCalibrate::prepareAcquisition(qint32& samples) {
+    State& st = *m_state;
+    // Data taken at another excitation do not mix with those already collected.
+    if (const std::optional<float> excitation =
+            compatibleExcitation(st.calibration.dataExcitation,
+                                 toSingle(parseNumber(txtExcitation->text()).value_or(0)))) {
+        const QString volts = formatNumber(*excitation, u"0.000");
+        txtExcitation->setText(volts);
+        lblExcitationNote->setText(strings::text(strings::calibrate::ExcitationNote) + volts);
+        lblExcitationNote->show();
+    }
+    return runDevice([&] {
+        st.frequency = device()->SampleFrequency(Which::Current);
+        const AcquisitionPlan plan = AcquisitionPlan::from(txtDuration->text(), st.frequency);
+        txtDuration->setText(plan.durationText);
+        samples = plan.samples;
+    });
+}
+
+void frmCalibrate::startZero(bool scaling) {
+    State& st = *m_state;
+    if (!device())
+        return;
+    stopRunning();
+    for (StripChart* chart : KXIStripChart)
+        chart->Clear();
+    qint32 samples = 0;
+    if (!prepareAcquisition(samples))
+        return;
+    setStatus(StatusAcquiringZero);
+    ProgressBar1->setRange(0, samples);
+    ProgressBar1->setValue(0);
+    st.scaling = scaling;
+    st.running = runDevice([&] {
+        device()->FlushData();
+        device()->CalibrateSelf();
+        device()->StartZero(samples, true, 0);
+    });
+    st.zeroRunning = st.running;
+    if (st.running)
+        setCommandsEnabled(false);
+    else
+        setStatus(StatusReady);
+}
+
+void frmCalibrate::startData(int step) {
+    State& st = *m_state;
+    if (!device())
+        return;
+    stopRunning();
+    const Calibration& c = st.calibration;
+    const std::array<double, 4>& zero =
+        step < 0 ? c.record.points[std::size_t(c.currentPoint)].zeroAverage
+                 : c.record.scalingZero.average;
+    if (!runDevice([&] {
+            const std::array<qint32, 3> codes = PointTable::deviceZero(zero);
+            for (int channel = 0; channel < Channels; ++channel)
+                device()->SetZeroValue(channel, Which::Current, codes[std::size_t(channel)]);
+        }))
+        return;
+    qint32 samples = 0;
+    if (!prepareAcquisition(samples))
+        return;
+    setStatus(StatusAcquiringData);
+    ProgressBar1->setRange(0, samples);
+    ProgressBar1->setValue(0);
+    st.scaling = step >= 0;
+    st.step = step;
+    st.running = runDevice([&] {
+        device()->FlushData();
+        device()->CalibrateSelf();
+        device()->StartTest(samples, true, true, false, 0, true);
+    });
+    st.zeroRunning = false;
+    if (st.running) {
+        st.startTick = clock().tickCount();
+        st.progress->start(ProgressPeriodMs);
+        setCommandsEnabled(false);
+    } else {
+        setStatus(StatusReady);
+    }
+}
+
+void frmCalibrate::ZeroProgress(qint32 samples) {
+    if (m_state->running && m_state->zeroRunning)
+        ProgressBar1->setValue(std::min(samples, ProgressBar1->maximum()));
+}
+
+void frmCalibrate::playCompletionSound() {
+    const QString sound = QDir(QCoreApplication::applicationDirPath())
+                              .filePath(QLatin1String(resources::SoundFileName));
+    if (!prompt().playSound(sound))
+        prompt().beep();
+}
+
+void frmCalibrate::finishAcquisition() {
+    m_state->running = false;
+    m_state->progress->stop();
+    ProgressBar1->setValue(ProgressBar1->maximum());
+    setCommandsEnabled(true);
+}
+
+void frmCalibrate::ZeroDone(const ChannelValues& average, const ChannelValues& deviation) {
+    State& st = *m_state;
+    if (!st.running || !st.zeroRunning)
+        return;
+    finishAcquisition();
+    playCompletionSound();
+    const ZeroReading reading = ZeroReading::fromZeroDone(average, deviation);
+    const QDateTime now = QDateTime::currentDateTime();
+    float temperature = 0;
+    runDevice([&] { temperature = device()->Temperature(); });
+    const float limit = st.settings.MaxZeroStdDev;
+    if (st.scaling) {
+        if (LinearityScaling::completeZero(st.calibration, reading, limit, now, temperature) ==
+            AcquisitionOutcome::Rejected)
+            prompt().critical(strings::text(strings::calibrate::TooNoisyScaling));
+        showScaling();
+    } else if (PointTable(st.calibration).completeZero(reading, limit, now, temperature) ==
+               AcquisitionOutcome::Rejected) {
+        prompt().critical(strings::text(strings::calibrate::TooNoisy));
+    } else {
+        // From now on the plate subtracts the new zero.
+        const std::array<qint32, 3> codes = PointTable::deviceZero(reading.average);
+        runDevice([&] {
+            for (int channel = 0; channel < Channels; ++channel)
+                device()->SetZeroValue(channel, Which::Current, codes[std::size_t(channel)]);
+        });
+    }
+    setStatus(StatusReady);
+    showZeroPanel();
+    showDataPanel();
+    showPicture();
+}
+
+void frmCalibrate::TestDone(qint32 count, const QList<Float3>& volts) {
+    State& st = *m_state;
+    if (!st.running || st.zeroRunning)
+        return;
+    finishAcquisition();
+    playCompletionSound();
+    const DataReading reading = DataReading::fromSamples(count, volts);
+    const QDateTime now = QDateTime::currentDateTime();
+    float temperature = 0;
+    runDevice([&] { temperature = device()->Temperature(); });
+    const float limit = st.settings.MaxDataStdDev;
+    const AcquisitionOutcome outcome =
+        st.scaling ? LinearityScaling::completeStep(st.calibration, st.step, reading, limit, now,
+                                                    temperature)
+                   : PointTable(st.calibration).completeData(reading, limit, now, temperature);
+    if (outcome == AcquisitionOutcome::Rejected) {
+        prompt().critical(strings::text(st.scaling ? strings::calibrate::TooNoisyScaling
+                                                   : strings::calibrate::TooNoisy));
+    } else if (!st.calibration.dataExcitation) {
+        if (const std::optional<double> excitation = parseNumber(txtExcitation->text()))
+            st.calibration.dataExcitation = toSingle(*excitation);
+    }
+    setStatus(StatusReady);
+    showDataPanel();
+    showPicture();
+    showScaling();
+}
+
+void frmCalibrate::returnToIdle() {
+    State& st = *m_state;
+    st.running = false;
+    st.zeroRunning = false;
+    st.progress->stop();
+    if (std::exchange(st.display, false)) {
+        for (StripChart* chart : KXIStripChart)
+            chart->StopPlot();
+        cmdDisplay->setText(text(DisplayOnCaption));
+    }
+    ProgressBar1->setValue(0);
+    setCommandsEnabled(true);
+    setStatus(device() ? StatusReady : StatusNoPlate);
+}
+
+void frmCalibrate::setCommandsEnabled(bool enabled) {
+    const bool plate = device() != nullptr;
+    for (QPushButton* button : {cmdNext, cmdMatrix, cmdFileSave, cmdFileName, cmdScale, cmdOK})
+        button->setEnabled(enabled);
+    for (QPushButton* button : {cmdZero, cmdData, cmdScaleZero, cmdDisplay})
+        button->setEnabled(enabled && plate);
+    for (QPushButton* button : cmdScaleLoad)
+        button->setEnabled(enabled && plate);
+    picPlate->setEnabled(enabled);
+}
+
+// --- The live display -------------------------------------------------------------------
+
+void frmCalibrate::cmdDisplay_Click() {
+    State& st = *m_state;
+    if (!device())
+        return;
+    if (st.display) {
+        stopRunning();
+        return;
+    }
+    stopRunning();
+    st.display = runDevice([&] {
+        device()->FlushData();
+        device()->CalibrateSelf();
+        st.frequency = device()->SampleFrequency(Which::Current);
+        for (StripChart* chart : KXIStripChart)
+            chart->setSampleRate(st.frequency);
+        device()->StartAcquisition(true, false, true, false, true);
+    });
+    if (st.display)
+        cmdDisplay->setText(text(DisplayOffCaption));
+}
+
+void frmCalibrate::ForcesIn(const Float3& forces, const Float3& volts) {
+    if (!m_state->display)
+        return;
+    const DisplayType shown =
+        optSignal[0]->isChecked() ? DisplayType::Voltages : DisplayType::Forces;
+    const ChartValues values = chartValues(shown, forces, volts, std::nullopt);
+    for (std::size_t i = 0; i < values.size(); ++i) {
+        if (values[i])
+            KXIStripChart[i]->AddPoint(*values[i]);
+    }
+}
+
+void frmCalibrate::showSignalNames() {
+    static constexpr std::array<const char*, 3> Volts{"V1", "V2", "V3"};
+    static constexpr std::array<const char*, 3> Forces{"Fz", "Mx", "My"};
+    const auto& names = optSignal[0]->isChecked() ? Volts : Forces;
+    for (std::size_t i = 0; i < names.size(); ++i)
+        lblSignal[i]->setText(QLatin1String(names[i]));
+}
+
+// --- Matrix and scaling -----------------------------------------------------------------
+
+void frmCalibrate::cmdMatrix_Click() {
+    State& st = *m_state;
+    setStatus(StatusComputingMatrix);
+    if (!st.engine) {
+        if (auto engine = std::make_unique<OctaveFitEngine>(); engine->isAvailable())
+            st.engine = std::move(engine);
+        else
+            prompt().critical(strings::text(strings::calibrate::EngineUnavailable));
+    }
+    FitEngine& engine = st.engine ? static_cast<FitEngine&>(*st.engine) : st.builtIn;
+    FitOutcome outcome = MatrixFit::compute(st.calibration.record.points, engine);
+    if (!outcome.result) {
+        prompt().critical(outcome.error);
+    } else {
+        if (!outcome.result->engineError.isEmpty())
+            prompt().critical(strings::text(strings::calibrate::EngineUnavailable));
+        Calibration& c = st.calibration;
+        c.matrix = outcome.result->matrix;
+        c.fit = std::move(outcome.result);
+        c.scaledMatrix = LinearityScaling::scaled(c.matrix, c.record.scaleValue);
+        c.unsavedChanges = true;
+    }
+    showMatrix();
+    showScaling();
+    showPicture();
+    setStatus(StatusReady);
+}
+
+void frmCalibrate::cmdScale_Click() {
+    Calibration& c = m_state->calibration;
+    if (txtScale->text().trimmed().isEmpty())
+        txtScale->setText(QStringLiteral("1"));
+    const std::optional<float> value = LinearityScaling::valueFromText(txtScale->text());
+    if (!value) {
+        // Refused visibly; the scaling in force stays.
+        prompt().beep();
+        txtScale->setText(formatNumber(c.record.scaleValue, u"0.0000"));
+        return;
+    }
+    txtScale->setText(formatNumber(*value, u"0.0000"));
+    if (c.record.scaleValue != *value)
+        c.unsavedChanges = true;
+    c.record.scaleValue = *value;
+    c.scaledMatrix = LinearityScaling::scaled(c.matrix, *value);
+    showScaling();
+}
+
+// --- File -------------------------------------------------------------------------------
+
+bool frmCalibrate::operatorGiven() {
+    if (!txtOpNow->text().trimmed().isEmpty())
+        return true;
+    prompt().critical(strings::text(strings::calibrate::InvalidOperator));
+    return false;
+}
+
+bool frmCalibrate::conditionsGiven() {
+    for (QLineEdit* box : {txtCTemp, txtCRH, txtCPres}) {
+        if (box->text().trimmed().isEmpty()) {
+            prompt().critical(strings::text(strings::calibrate::MissingConditions));
+            return false;
+        }
+        if (!parseNumber(box->text())) {
+            prompt().critical(strings::text(strings::calibrate::InvalidCondition));
+            return false;
+        }
+    }
+    return true;
+}
+
+bool frmCalibrate::save() {
+    State& st = *m_state;
+    if (!operatorGiven() || !conditionsGiven())
+        return false;
+    Calibration& c = st.calibration;
+    CalEnvironment& environment = c.record.environment;
+    environment.temperature = toSingle(*parseNumber(txtCTemp->text()));
+    environment.humidity = toSingle(*parseNumber(txtCRH->text()));
+    environment.pressure = *parseNumber(txtCPres->text());
+    QString serial;
+    if (device())
+        runDevice([&] { serial = device()->SerialNumber(); });
+    QString path = st.openFile;
+    if (path.isEmpty()) {
+        const QString folder = st.settings.LastFilePath;
+        CreateFolderPath(folder);
+        path = nextCalFileName(folder, serial);
+    }
+    if (!saveCalFile(path, c.record)) {
+        prompt().critical(strings::text(strings::calibrate::FileNotSaved).arg(path));
+        return false;
+    }
+    st.openFile = path;
+    st.settings.LastFilePath = FolderOfPath(path);
+    c.unsavedChanges = false;
+    c.serialOnFile = serial;
+    c.operatorOnFile = c.operatorNow;
+    lblFileName->setText(QDir::toNativeSeparators(path));
+    lblSerialNumFileTxt->setText(c.serialOnFile);
+    lblOpPastTxt->setText(c.operatorOnFile);
+    return true;
+}
+
+void frmCalibrate::cmdFileSave_Click() {
+    save();
+}
+
+void frmCalibrate::cmdFileName_Click() {
+    State& st = *m_state;
+    FileDialogRequest request;
+    request.title = strings::text(strings::calibrate::FileDialogTitle);
+    request.filter = strings::text(strings::calibrate::FileDialogFilter);
+    request.defaultExtension = strings::text(strings::calibrate::FileDialogExtension);
+    request.initialFolder = st.settings.LastFilePath;
+    request.fileMustExist = true;
+    request.pathMustExist = true;
+    const std::optional<QString> path = prompt().openFileName(request);
+    if (!path)
+        return;
+    CalFileReader reader(st.calibration.record.environment, st.settings.LinearityLoads);
+    std::optional<CalibrationRecord> record = reader.readFile(*path);
+    if (!record) {
+        prompt().critical(reader.errorString());
+        return;
+    }
+    Calibration opened = Calibration::fromSettings(st.settings);
+    opened.record = std::move(*record);
+    opened.operatorNow = txtOpNow->text().trimmed();
+    // The serial number is the file name's part before the running number.
+    const QString name = QFileInfo(*path).completeBaseName();
+    opened.serialOnFile = name.left(name.lastIndexOf(u'_'));
+    opened.operatorOnFile = lblOpPastTxt->text();
+    st.calibration = std::move(opened);
+    st.openFile = *path;
+    st.settings.LastFilePath = FolderOfPath(*path);
+    lblFileName->setText(QDir::toNativeSeparators(*path));
+    lblSerialNumFileTxt->setText(st.calibration.serialOnFile);
+    txtScale->setText(formatNumber(st.calibration.record.scaleValue, u"0.0000"));
+    showConditions();
+    showEverything();
+}
+
+// --- Commit -----------------------------------------------------------------------------
+
+void frmCalibrate::cmdOK_Click() {
+    State& st = *m_state;
+    stopRunning();
+    if (!operatorGiven())
+        return;
+    if (st.calibration.unsavedChanges && !save())
+        return;
+    const CalMatrix committed = st.calibration.scaledMatrix;
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column)
+            Q_EMIT matrixCommitted(row, column,
+                                   formatGeneral(committed[std::size_t(row)][std::size_t(column)]));
+    }
+    if (device()) {
+        const QString code = txtOpNow->text().trimmed();
+        runDevice([&] {
+            device()->SetOperatorRecord2(QLatin1String(OperatorTag2) + code,
+                                         QDateTime::currentDateTime());
+            device()->SetOperatorRecord3(QLatin1String(OperatorTag3) + code,
+                                         QDateTime::currentDateTime());
+        });
+    }
+    close();
+}
+
+// --- Panels -----------------------------------------------------------------------------
+
+void frmCalibrate::setStatus(int status) {
+    StatusBar1->showMessage(text(status));
+}
+
+void frmCalibrate::showEverything() {
+    showPicture();
+    showZeroPanel();
+    showDataPanel();
+    showMatrix();
+    showScaling();
+}
+
+void frmCalibrate::showPicture() {
+    const Calibration& c = m_state->calibration;
+    PlateDrawing drawing;
+    drawing.left = c.record.plateXLeft;
+    drawing.right = c.record.plateXRight;
+    drawing.top = c.record.plateYTop;
+    drawing.bottom = c.record.plateYBottom;
+    drawing.markRadius = m_state->settings.DisplayPointRadius;
+    drawing.current = c.currentPoint;
+    for (const CalPoint& point : c.record.points)
+        drawing.marks.push_back({QPointF(point.x, point.y), point.zeroDone, point.dataDone});
+    if (c.fit) {
+        for (const FitErrorRow& row : c.fit->errors) {
+            if (std::isfinite(row.x) && std::isfinite(row.y) && row.point >= 0 &&
+                std::size_t(row.point) < drawing.marks.size())
+                drawing.marks[std::size_t(row.point)].copError = QPointF(row.x, row.y);
+        }
+    }
+    picPlate->setDrawing(std::move(drawing));
+}
+
+void frmCalibrate::showZeroPanel() {
+    const Calibration& c = m_state->calibration;
+    const CalPoint& point = c.record.points[std::size_t(c.currentPoint)];
+    for (std::size_t i = 0; i < Channels; ++i) {
+        lblZeroAve[i]->setText(point.zeroDone ? formatNumber(point.zeroAverage[i], u"0.0")
+                                              : QString());
+        lblZeroSd[i]->setText(point.zeroDone ? formatNumber(point.zeroStdDev[i], u"0.0")
+                                             : QString());
+    }
+    lblZeroTTxt->setText(point.zeroDone ? formatNumber(point.zeroTemperature, u"0.0") : QString());
+    lblZeroDateTxt->setText(point.zeroDone ? dateText(point.zeroDate) : QString());
+}
+
+void frmCalibrate::showDataPanel() {
+    const Calibration& c = m_state->calibration;
+    const CalPoint& point = c.record.points[std::size_t(c.currentPoint)];
+    for (std::size_t i = 0; i < Channels; ++i) {
+        lblDataAve[i]->setText(point.dataDone ? formatNumber(point.dataMean[i], u"0.000000")
+                                              : QString());
+        lblDataSD[i]->setText(point.dataDone ? formatNumber(point.dataStdDev[i], u"0.000000")
+                                             : QString());
+    }
+    lblDataTtxt->setText(point.dataDone ? formatNumber(point.dataTemperature, u"0.0") : QString());
+    lblDataDateTxt->setText(point.dataDone ? dateText(point.dataDate) : QString());
+}
+
+void frmCalibrate::showMatrix() {
+    const Calibration& c = m_state->calibration;
+    const std::optional<FitResult>& fit = c.fit;
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column) {
+            QTableWidgetItem* cell = flxgrdCalibrationMat->item(row, column);
+            cell->setText(
+                fit ? formatNumber(c.matrix[std::size_t(row)][std::size_t(column)], u"0.000")
+                    : QString());
+            const auto& uncertainty = fit ? fit->diagnostics.uncertainty : std::nullopt;
+            cell->setToolTip(
+                uncertainty
+                    ? strings::text(UncertaintyTip)
+                          .arg(formatGeneral((*uncertainty)[std::size_t(row)][std::size_t(column)]))
+                    : QString());
+        }
+    }
+    lblFitQuality->setText(fit ? FitSummary::text(*fit) : QString());
+    flxgrdErrors->setRowCount(fit ? int(fit->errors.size()) : 0);
+    if (!fit)
+        return;
+    const QColor flaggedColour(255, 210, 210);
+    for (int row = 0; row < flxgrdErrors->rowCount(); ++row) {
+        const FitErrorRow& error = fit->errors[std::size_t(row)];
+        const bool flagged = std::size_t(row) < fit->diagnostics.flagged.size() &&
+                             fit->diagnostics.flagged[std::size_t(row)];
+        const std::array<QString, 4> texts{
+            QString::number(error.point + 1), formatNumber(error.fz, u"0.000"),
+            formatNumber(error.x, u"0.000000"), formatNumber(error.y, u"0.000000")};
+        for (int column = 0; column < 4; ++column) {
+            auto* item = new QTableWidgetItem(texts[std::size_t(column)]);
+            item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+            if (flagged)
+                item->setBackground(flaggedColour);
+            flxgrdErrors->setItem(row, column, item);
+        }
+    }
+}
+
+void frmCalibrate::showScaling() {
+    const Calibration& c = m_state->calibration;
+    const std::vector<QStringList> rows = LinearityScaling::gridRows(c.matrix, c.record.steps);
+    for (int row = 0; row < flxgrdLinearity->rowCount(); ++row) {
+        for (int column = 0; column < flxgrdLinearity->columnCount(); ++column) {
+            const bool known =
+                std::size_t(row) < rows.size() && column < rows[std::size_t(row)].size();
+            flxgrdLinearity->item(row, column)
+                ->setText(known ? rows[std::size_t(row)][column] : QString());
+        }
+    }
+    lblScaleStored->setText(text(OnFileCaption) + formatNumber(c.record.scaleValue, u"0.0000"));
+    lblScaleSuggested->setText(
+        text(SuggestedCaption) +
+        formatNumber(LinearityScaling::suggestedValue(c.matrix, c.record.steps), u"0.0000"));
+    for (int row = 0; row < 3; ++row) {
+        for (int column = 0; column < 3; ++column)
+            flxgrdScaledCalibrationMat->item(row, column)
+                ->setText(c.fit
+                              ? formatNumber(c.scaledMatrix[std::size_t(row)][std::size_t(column)],
+                                             u"0.000")
+                              : QString());
+    }
+}
+
+void frmCalibrate::showConditions() {
+    const CalEnvironment& environment = m_state->calibration.record.environment;
+    txtCTemp->setText(formatGeneral(environment.temperature));
+    txtCRH->setText(formatGeneral(environment.humidity));
+    txtCPres->setText(formatGeneral(environment.pressure));
+}
 
 } // namespace kx

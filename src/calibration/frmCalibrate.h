@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calibration/Calibration.h"
 #include "device/ToolDialog.h"
 
 #include <QPointF>
@@ -139,6 +140,10 @@ Q_SIGNALS:
     // main window's matrix editor enters into the plate.
     void matrixCommitted(int row, int column, const QString& value);
 
+public:
+    // The calibration as it stands: what a report reads.
+    const Calibration& calibration() const;
+
 protected:
     void loading() override;
     void unloading() override;
@@ -153,6 +158,50 @@ private:
     QGroupBox* buildDataPanel();
     QGroupBox* buildScalingPanel();
     QGroupBox* buildSignalsPanel();
+
+    // Commands
+    void cmdNext_Click();
+    void picPlate_Click(QPointF plate);
+    void cmdZero_Click();
+    void cmdData_Click();
+    void cmdScaleZero_Click();
+    void cmdScaleLoad_Click(int step);
+    void cmdMatrix_Click();
+    void cmdScale_Click();
+    void cmdFileSave_Click();
+    void cmdFileName_Click();
+    void cmdDisplay_Click();
+    void cmdOK_Click();
+
+    // Acquisitions
+    void startZero(bool scaling);
+    void startData(int step); // -1: the current point
+    bool prepareAcquisition(qint32& samples);
+    void stopRunning();
+    void finishAcquisition();
+    void ZeroProgress(qint32 samples);
+    void ZeroDone(const ChannelValues& average, const ChannelValues& deviation);
+    void TestDone(qint32 count, const QList<Float3>& volts);
+    void ForcesIn(const Float3& forces, const Float3& volts);
+    void playCompletionSound();
+    void showSignalNames();
+    void returnToIdle();
+    void setCommandsEnabled(bool enabled);
+
+    // Checks of OK and Save; each shows its message and says whether to go on.
+    bool operatorGiven();
+    bool conditionsGiven();
+    bool save();
+
+    // Panels
+    void setStatus(int text);
+    void showEverything();
+    void showPicture();
+    void showZeroPanel();
+    void showDataPanel();
+    void showMatrix();
+    void showScaling();
+    void showConditions();
 
     std::unique_ptr<State> m_state;
 };
