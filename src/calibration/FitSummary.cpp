@@ -19,6 +19,7 @@ constexpr int UncertaintyLine = 8536;
 constexpr int NoUncertainty = 8537;
 constexpr int AllPointsFit = 8538;
 constexpr int PointDoesNotFit = 8539;
+constexpr int PointsDoNotFit = 8541;
 } // namespace
 
 FitSummary::Spread FitSummary::spread(double conditionNumber) {
@@ -59,15 +60,17 @@ QString FitSummary::text(const FitResult& fit) {
         lines << strings::text(UncertaintyLine).arg(formatNumber(*relative, u"0.000"));
     else
         lines << strings::text(NoUncertainty);
-    bool outliers = false;
+    QStringList outliers;
     for (std::size_t k = 0; k < d.flagged.size() && k < fit.points.size(); ++k) {
-        if (d.flagged[k]) {
-            outliers = true;
-            lines << strings::text(PointDoesNotFit).arg(fit.points[k] + 1);
-        }
+        if (d.flagged[k])
+            outliers << QString::number(fit.points[k] + 1);
     }
-    if (!outliers)
+    if (outliers.isEmpty())
         lines << strings::text(AllPointsFit);
+    else if (outliers.size() == 1)
+        lines << strings::text(PointDoesNotFit).arg(outliers[0]);
+    else
+        lines << strings::text(PointsDoNotFit).arg(outliers.join(QStringLiteral(", ")));
     return lines.join(u'\n');
 }
 

@@ -61,39 +61,43 @@ void drawArrow(QPainter& painter, QPointF from, QPointF to) {
 }
 
 double legendHeight(const QFont& font) {
-    return QFontMetricsF(font).height() + 4;
+    return 2 * QFontMetricsF(font).height() + 4;
 }
 
-// The legend runs along the top of the area, above the plate: the mark states, then, after a
-// fit, the length of a 1 mm error arrow at the right.
+// The legend takes two lines above the plate: the mark states, then the current point's ring
+// and, after a fit, the length of a 1 mm error arrow.
 void drawLegend(QPainter& painter, const QRectF& area, const PlateView& view, bool arrows) {
     const QFontMetricsF metrics(painter.font());
     const double r = metrics.height() / 3;
-    const double baseline = area.top() + 2 + metrics.ascent();
-    const double middle = area.top() + 2 + metrics.height() / 2;
     double x = area.left() + MarginPixels + r;
+    double line = area.top() + 2;
+    const auto newLine = [&] {
+        x = area.left() + MarginPixels + r;
+        line += metrics.height();
+    };
     const auto entry = [&](const QColor& fill, const QColor& ring, double ringWidth, int text) {
         painter.setPen(QPen(ring, ringWidth));
         painter.setBrush(fill);
-        painter.drawEllipse(QPointF(x, middle), r, r);
+        painter.drawEllipse(QPointF(x, line + metrics.height() / 2), r, r);
         painter.setPen(Qt::black);
         const QString caption = strings::text(text);
-        painter.drawText(QPointF(x + r + 4, baseline), caption);
+        painter.drawText(QPointF(x + r + 4, line + metrics.ascent()), caption);
         x += r + 4 + metrics.horizontalAdvance(caption) + 3 * r + 6;
     };
     entry(NoZeroFill, Qt::black, 1, LegendNoZero);
     entry(ZeroFill, Qt::black, 1, LegendZero);
     entry(DataFill, Qt::black, 1, LegendData);
+    newLine();
     entry(Qt::transparent, CurrentRing, 3, LegendCurrent);
     if (!arrows)
         return;
     const double length = 0.001 * ErrorMagnification * view.pixelsPerMetre();
-    const QString label = strings::text(LegendArrow);
-    const double end = area.right() - MarginPixels - metrics.horizontalAdvance(label) - 6;
+    const double middle = line + metrics.height() / 2;
     painter.setPen(QPen(ArrowColour, 2));
-    drawArrow(painter, QPointF(end - length, middle), QPointF(end, middle));
+    drawArrow(painter, QPointF(x - r, middle), QPointF(x - r + length, middle));
     painter.setPen(Qt::black);
-    painter.drawText(QPointF(end + 6, baseline), label);
+    painter.drawText(QPointF(x - r + length + 6, line + metrics.ascent()),
+                     strings::text(LegendArrow));
 }
 } // namespace
 

@@ -102,6 +102,10 @@ constexpr int StatusComputingMatrix = 864;
 constexpr int UncertaintyTip = 8540;
 
 constexpr int ProgressPeriodMs = 100;
+// Room for a date and time as the panels show them.
+QString widestDate() {
+    return formatShortDate(QDate(2026, 12, 28)) + QStringLiteral(" 00:00:00");
+}
 
 // The operator records' fixed tags; the operator's code follows each.
 constexpr char OperatorTag2[] = "KXI_OP_27.930418.2";
@@ -209,6 +213,8 @@ frmCalibrate::frmCalibrate(const ToolContext& context, QWidget* parent)
     buildControls();
     layOutControls();
     connectControls();
+    // As large as a 1366 x 768 screen allows, for a large plate picture.
+    resize(minimumSizeHint().expandedTo(QSize(1340, 700)));
 }
 
 frmCalibrate::~frmCalibrate() = default;
@@ -278,15 +284,18 @@ void frmCalibrate::buildControls() {
     lblFitQuality = label(QStringLiteral("lblFitQuality"));
     lblFitQuality->setWordWrap(true);
     lblFitQuality->setTextFormat(Qt::PlainText);
-    frmCalibrationMatrix->setMinimumWidth(fontMetrics().horizontalAdvance(u'0') * 34);
+    lblFitQuality->setMinimumHeight(5 * fontMetrics().lineSpacing());
+    lblFitQuality->setAlignment(Qt::AlignLeft | Qt::AlignTop);
 
     frmCalibrationErrors =
         named(new QGroupBox(text(ErrorsCaption), this), QStringLiteral("frmCalibrationErrors"));
     flxgrdErrors = makeGrid(frmCalibrationErrors, QStringLiteral("flxgrdErrors"), 0, 4,
                             plain(text(ErrorsCaption)));
+    flxgrdErrors->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    flxgrdErrors->horizontalHeader()->setStretchLastSection(true);
     flxgrdErrors->setMinimumWidth(flxgrdErrors->fontMetrics().horizontalAdvance(
-                                      QStringLiteral("Point -0.000000 -0.000000 -0.000000")) +
-                                  30);
+                                      QStringLiteral("Point -000.000 -0.000000 -0.000000")) +
+                                  40);
     QStringList heads;
     for (int i = 0; i < 4; ++i)
         heads << text(ErrorHeads + i);
@@ -325,7 +334,7 @@ QGroupBox* frmCalibrate::buildZeroPanel() {
     lblZeroT = label(QStringLiteral("lblZeroT"), ZeroPanelCaption + 6);
     lblZeroDate = label(QStringLiteral("lblZeroDate"), ZeroPanelCaption + 7);
     lblZeroTTxt = valueLabel(label(QStringLiteral("lblZeroTTxt"), 0), QStringLiteral("00.00"));
-    lblZeroDateTxt = valueLabel(label(QStringLiteral("lblZeroDateTxt"), 0), {});
+    lblZeroDateTxt = valueLabel(label(QStringLiteral("lblZeroDateTxt"), 0), widestDate());
     grid->addWidget(lblZeroAverage, 1, 0);
     grid->addWidget(lblZeroSDev, 2, 0);
     for (int i = 0; i < Channels; ++i) {
@@ -357,7 +366,7 @@ QGroupBox* frmCalibrate::buildDataPanel() {
     lblDataT = label(QStringLiteral("lblDataT"), DataPanelCaption + 6);
     lblDataDate = label(QStringLiteral("lblDataDate"), DataPanelCaption + 7);
     lblDataTtxt = valueLabel(label(QStringLiteral("lblDataTtxt"), 0), QStringLiteral("00.00"));
-    lblDataDateTxt = valueLabel(label(QStringLiteral("lblDataDateTxt"), 0), {});
+    lblDataDateTxt = valueLabel(label(QStringLiteral("lblDataDateTxt"), 0), widestDate());
     grid->addWidget(lblDataAverage, 1, 0);
     grid->addWidget(lblDataSDev, 2, 0);
     for (int i = 0; i < Channels; ++i) {
@@ -531,7 +540,6 @@ void frmCalibrate::layOutControls() {
     auto* matrix = new QVBoxLayout(frmCalibrationMatrix);
     matrix->addWidget(flxgrdCalibrationMat);
     matrix->addWidget(lblMatrixCaption);
-    matrix->addWidget(lblFitQuality);
     matrix->addStretch();
     auto* errors = new QVBoxLayout(frmCalibrationErrors);
     errors->addWidget(flxgrdErrors);
@@ -549,6 +557,7 @@ void frmCalibrate::layOutControls() {
     results->addWidget(frmCalibrationErrors, 1);
     auto* right = new QVBoxLayout;
     right->addLayout(results, 1);
+    right->addWidget(lblFitQuality);
     right->addWidget(frmScaling);
 
     auto* columns = new QHBoxLayout;

@@ -351,6 +351,7 @@ constexpr std::array Table = std::to_array<Entry>({
     {8538, "Every point agrees with the fit."},
     {8539, "Point %1 does not fit: check that the weight stood on its mark and take it again."},
     {8540, "±%1"},
+    {8541, "Points %1 do not fit: check that the weight stood on each mark and take them again."},
     {8600, "Environmental Conditions:"},
     {8610, "T (°C):"},
     {8620, "RHumidity (%):"},

@@ -65,20 +65,21 @@ public:
         waitIdle(dialog);
     }
 
-    void takeData(frmCalibrate& dialog, int point) {
+    // The weight on the point's mark, or `offMark` metres to its right.
+    void takeData(frmCalibrate& dialog, int point, double offMark = 0) {
         const PointXY xy = CalibrationSettings::defaultPoints()[std::size_t(point)];
-        place(CalibrationKilograms, xy.x, xy.y);
+        place(CalibrationKilograms, xy.x + offMark, xy.y);
         dialog.cmdData->click();
         waitIdle(dialog);
     }
 
     // Zero and data at each of the points, reached by clicks on the picture.
-    void walk(frmCalibrate& dialog, int from, int to) {
+    void walk(frmCalibrate& dialog, int from, int to, int misplaced = -1) {
         for (int point = from; point < to; ++point) {
             if (point > 0)
                 clickPoint(dialog, point);
             takeZero(dialog);
-            takeData(dialog, point);
+            takeData(dialog, point, point == misplaced ? 0.02 : 0);
         }
     }
 

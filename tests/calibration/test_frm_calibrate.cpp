@@ -13,7 +13,9 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QRadioButton>
+#include <QRegularExpression>
 #include <QTableWidget>
+#include <cmath>
 
 namespace kx::test {
 namespace {
@@ -287,6 +289,37 @@ TEST_F(CalibrateDialog, ATimeOutMidZeroReturnsToIdleWithTheEarlierZero) {
     EXPECT_EQ(point(0), zeroed);
     hands.takeZero(*dialog);
     EXPECT_TRUE(point(0).zeroDone) << "the technician can start again";
+}
+
+// The technician must see at a glance where the plate is off: a weight put 2 cm beside one
+// mark gives that point the longest error arrow and the fit names it.
+TEST_F(CalibrateDialog, AWeightBesideItsMarkStandsOutInThePictureAndTheWords) {
+    open();
+    dialog->resize(1340, 700);
+    hands.walk(*dialog, 0, 10, 6);
+    dialog->cmdMatrix->click();
+    double longest = 0;
+    int longestAt = -1;
+    for (int i = 0; i < 10; ++i) {
+        const std::optional<QPointF> error =
+            dialog->picPlate->drawing().marks[std::size_t(i)].copError;
+        ASSERT_TRUE(error) << "every point with data has an arrow";
+        const double length = std::hypot(error->x(), error->y());
+        if (length > longest) {
+            longest = length;
+            longestAt = i;
+        }
+    }
+    EXPECT_EQ(longestAt, 6);
+    EXPECT_GT(longest * ErrorMagnification * dialog->picPlate->view().pixelsPerMetre(), 20)
+        << "the arrow is long enough to see";
+    const QString words = dialog->lblFitQuality->text();
+    EXPECT_TRUE(words.contains(QRegularExpression(QStringLiteral("Points? (\\d+, )*7[ ,]"))))
+        << words.toStdString();
+    EXPECT_GE(dialog->lblFitQuality->height(),
+              dialog->lblFitQuality->heightForWidth(dialog->lblFitQuality->width()))
+        << "every finding in sight";
+    keepScreenshot(*dialog, QStringLiteral("frmCalibrate-after-fit-arrows"));
 }
 
 TEST_F(CalibrateDialog, TheDisplayStreamsTheBridgesUntilAnAcquisitionStarts) {
