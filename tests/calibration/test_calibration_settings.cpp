@@ -1,3 +1,4 @@
+#include "../support/PrintQString.h"
 #include "TempEnvironment.h"
 #include "calibration/Calibration.h"
 #include "calibration/CalibrationSettings.h"

@@ -1,3 +1,4 @@
+#include "../support/PrintQString.h"
 #include "calibration/Calibration.h"
 #include "calibration/LinearityScaling.h"
 #include "support/NumberFormat.h"

@@ -1,3 +1,4 @@
+#include "../support/PrintQString.h"
 #include "SyntheticPlate.h"
 #include "calibration/BuiltInFitEngine.h"
 #include "calibration/MatrixFit.h"

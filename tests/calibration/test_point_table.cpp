@@ -1,3 +1,4 @@
+#include "../support/PrintQString.h"
 #include "calibration/AcquisitionPlan.h"
 #include "calibration/Calibration.h"
 #include "calibration/PointTable.h"
