@@ -11,15 +11,7 @@
 namespace kx {
 
 namespace {
-constexpr int PointsAndChannels = 8530;
-constexpr int SpreadLine = 8531;
-constexpr int SpreadGood = 8532; // then fair, poor
-constexpr int ScatterLine = 8535;
-constexpr int UncertaintyLine = 8536;
-constexpr int NoUncertainty = 8537;
-constexpr int AllPointsFit = 8538;
-constexpr int PointDoesNotFit = 8539;
-constexpr int PointsDoNotFit = 8541;
+namespace c = strings::calibrate;
 } // namespace
 
 FitSummary::Spread FitSummary::spread(double conditionNumber) {
@@ -48,29 +40,29 @@ std::optional<double> FitSummary::largestRelativeUncertainty(const FitResult& fi
 QString FitSummary::text(const FitResult& fit) {
     const FitDiagnostics& d = fit.diagnostics;
     QStringList lines;
-    lines << strings::text(PointsAndChannels).arg(fit.points.size()).arg(fit.m);
-    lines << strings::text(SpreadLine)
-                 .arg(strings::text(SpreadGood + static_cast<int>(spread(d.conditionNumber))))
+    lines << strings::text(c::FitPoints).arg(fit.points.size()).arg(fit.m);
+    lines << strings::text(c::FitSpread)
+                 .arg(strings::text(c::FitSpreadGood + static_cast<int>(spread(d.conditionNumber))))
                  .arg(formatNumber(d.conditionNumber, u"0"));
-    lines << strings::text(ScatterLine)
+    lines << strings::text(c::FitScatter)
                  .arg(formatNumber(d.residualRms[0], u"0.000"))
                  .arg(formatNumber(d.residualRms[1], u"0.0000"))
                  .arg(formatNumber(d.residualRms[2], u"0.0000"));
     if (const std::optional<double> relative = largestRelativeUncertainty(fit))
-        lines << strings::text(UncertaintyLine).arg(formatNumber(*relative, u"0.000"));
+        lines << strings::text(c::FitUncertainty).arg(formatNumber(*relative, u"0.000"));
     else
-        lines << strings::text(NoUncertainty);
+        lines << strings::text(c::FitNoUncertainty);
     QStringList outliers;
     for (std::size_t k = 0; k < d.flagged.size() && k < fit.points.size(); ++k) {
         if (d.flagged[k])
             outliers << QString::number(fit.points[k] + 1);
     }
     if (outliers.isEmpty())
-        lines << strings::text(AllPointsFit);
+        lines << strings::text(c::FitAllPointsFit);
     else if (outliers.size() == 1)
-        lines << strings::text(PointDoesNotFit).arg(outliers[0]);
+        lines << strings::text(c::FitPointDoesNotFit).arg(outliers[0]);
     else
-        lines << strings::text(PointsDoNotFit).arg(outliers.join(QStringLiteral(", ")));
+        lines << strings::text(c::FitPointsDoNotFit).arg(outliers.join(QStringLiteral(", ")));
     return lines.join(u'\n');
 }
 

@@ -14,12 +14,13 @@
 namespace kx {
 
 namespace {
-constexpr int LegendCurrent = 8460;
-constexpr int LegendNoZero = 8461;
-constexpr int LegendZero = 8462;
-constexpr int LegendData = 8463;
-constexpr int TooltipPoint = 8464; // "Point %1: %2"
-constexpr int LegendArrow = 8465;
+namespace c = strings::calibrate;
+constexpr int LegendCurrent = c::PictureCurrent;
+constexpr int LegendNoZero = c::PictureNoZero;
+constexpr int LegendZero = c::PictureZero;
+constexpr int LegendData = c::PictureData;
+constexpr int TooltipPoint = c::PicturePoint;
+constexpr int LegendArrow = c::PictureArrow;
 
 constexpr double MarginPixels = 6;
 const QColor PlateFill(236, 236, 230);

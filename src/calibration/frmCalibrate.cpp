@@ -90,8 +90,8 @@ constexpr int GridCaption = 820;
 constexpr int AutoScaleCaption = 830;
 constexpr int DisplayOnCaption = 840;
 constexpr int DisplayOffCaption = 841;
-constexpr int SignalVoltsCaption = 842;
-constexpr int SignalForcesCaption = 843;
+constexpr int SignalVoltsCaption = strings::calibrate::SignalBridges - strings::CalibrateBlock;
+constexpr int SignalForcesCaption = strings::calibrate::SignalForces - strings::CalibrateBlock;
 constexpr int MaxCaption = 850;
 constexpr int MinCaption = 851;
 constexpr int StatusNoPlate = 860;
@@ -99,7 +99,7 @@ constexpr int StatusReady = 861;
 constexpr int StatusAcquiringZero = 862;
 constexpr int StatusAcquiringData = 863;
 constexpr int StatusComputingMatrix = 864;
-constexpr int UncertaintyTip = 8540;
+constexpr int UncertaintyTip = strings::calibrate::ElementUncertainty;
 
 constexpr int ProgressPeriodMs = 100;
 // Room for a date and time as the panels show them.

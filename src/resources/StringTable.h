@@ -178,6 +178,31 @@ inline constexpr int FileTrailingBytes = 8977; // %1 the count
 inline constexpr int FileBadStepCount = 8978;  // %1 the count
 inline constexpr int FileNotSaved = 8979;      // %1 the path
 
+// The plate picture's legend and tooltip.
+inline constexpr int PictureCurrent = 8460;
+inline constexpr int PictureNoZero = 8461;
+inline constexpr int PictureZero = 8462;
+inline constexpr int PictureData = 8463;
+inline constexpr int PicturePoint = 8464; // %1 the point's number, %2 its state
+inline constexpr int PictureArrow = 8465; // beside the length of a 1 mm error arrow
+
+// The fit's findings in words, below the matrix.
+inline constexpr int FitPoints = 8530; // %1 points, %2 channels
+inline constexpr int FitSpread = 8531; // %1 one of the three below, %2 condition number
+inline constexpr int FitSpreadGood = 8532;
+inline constexpr int FitSpreadFair = 8533;
+inline constexpr int FitSpreadPoor = 8534;
+inline constexpr int FitScatter = 8535;     // %1 Fz, %2 Mx, %3 My residual RMS
+inline constexpr int FitUncertainty = 8536; // %1 percent
+inline constexpr int FitNoUncertainty = 8537;
+inline constexpr int FitAllPointsFit = 8538;
+inline constexpr int FitPointDoesNotFit = 8539; // %1 the point
+inline constexpr int FitPointsDoNotFit = 8541;  // %1 the points
+inline constexpr int ElementUncertainty = 8540; // tooltip of a matrix cell, %1
+
+inline constexpr int SignalBridges = 8842; // optSignal(0)
+inline constexpr int SignalForces = 8843;  // optSignal(1)
+
 inline constexpr int TooNoisy = 8950;        // point mode
 inline constexpr int TooNoisyScaling = 8951; // scaling panel: plain two-line text
 } // namespace calibrate
