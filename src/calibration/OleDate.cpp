@@ -27,10 +27,15 @@ QDateTime OleDate::toDateTime() const {
     if (!std::isfinite(days) || std::abs(days) > 3e6)
         return {};
     const double whole = std::trunc(days);
-    const double fraction = std::abs(days - whole);
-    const auto ms = static_cast<int>(std::llround(fraction * MsPerDay));
-    const QDate date = epoch().addDays(static_cast<qint64>(whole));
-    return QDateTime(date, QTime(0, 0)).addMSecs(ms);
+    auto ms = std::llround(std::abs(days - whole) * MsPerDay);
+    QDate date = epoch().addDays(static_cast<qint64>(whole));
+    if (ms >= static_cast<qint64>(MsPerDay)) { // rounded up to the next midnight
+        date = date.addDays(1);
+        ms = 0;
+    }
+    // Built from date and time of day, never by adding to midnight: a day with a daylight
+    // saving change would shift the hour.
+    return QDateTime(date, QTime::fromMSecsSinceStartOfDay(static_cast<int>(ms)));
 }
 
 } // namespace kx

@@ -183,13 +183,6 @@ TEST(AcquisitionStatistics, CountBeyondTheSamplesOrASingleSampleNeverPasses) {
     EXPECT_FALSE(DataReading::fromSamples(0, {}).acceptedBy(1e30f));
 }
 
-TEST(PointTable, ExpectedLoadOfTheWeight) {
-    const auto load = PointTable::expectedLoad(245, 0.3, -0.1);
-    EXPECT_DOUBLE_EQ(load[0], -245);
-    EXPECT_DOUBLE_EQ(load[1], 24.5); // Mx = Fz·y
-    EXPECT_DOUBLE_EQ(load[2], 73.5); // My = −Fz·x
-}
-
 TEST(AcquisitionPlan, SamplesFromDurationAndFrequency) {
     struct Case {
         const char* text;
