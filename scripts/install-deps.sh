@@ -8,6 +8,7 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev
     python3-numpy
     dpkg-dev desktop-file-utils appstream
+    libeigen3-dev
 )
 
 missing=()

@@ -77,6 +77,13 @@ void MatrixPanel::fillRow(PlateDevice& plate, int row) {
         showCell(plate, row, c);
 }
 
+void MatrixPanel::enterCell(int row, int column, const QString& text) {
+    flxgrdCalibrationMat->setCurrentCell(row, column);
+    openEditor();
+    txtEditCalMat->setText(text);
+    validateEditor();
+}
+
 void MatrixPanel::showCell(PlateDevice& plate, int row, int column) {
     flxgrdCalibrationMat->item(row, column)
         ->setText(formatNumber(plate.MatrixElement(row, column), CellFormat));

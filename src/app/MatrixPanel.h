@@ -19,6 +19,9 @@ public:
 
     // One row of the grid from the plate.
     void fillRow(PlateDevice& plate, int row);
+    // Enters `text` into cell (row, column) as a user would: through the editor, which writes
+    // the plate's matrix element.
+    void enterCell(int row, int column, const QString& text);
 
     QLabel* lblCalMatCaption;
     QTableWidget* flxgrdCalibrationMat;

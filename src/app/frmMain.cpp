@@ -8,6 +8,7 @@
 #include "app/StatusPanel.h"
 #include "app/ZeroPanel.h"
 #include "app/frmSplash.h"
+#include "calibration/frmCalibrate.h"
 #include "device/PlateError.h"
 #include "maintenance/frmEncoder.h"
 #include "maintenance/frmPlateInfoEx.h"
@@ -110,6 +111,14 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
     addTool(cmdEncoder, [this] { return new frmEncoder(toolContext()); });
     addTool(cmdAcquire, [this] { return new frmAcquire(toolContext()); });
     addTool(cmdNoise, [this] { return new frmNoise(toolContext()); });
+    addTool(cmdCalibrate, [this] {
+        auto* dialog = new kx::frmCalibrate(toolContext());
+        dialog->setBridgeExcitation(frmConverter->txtAVoltageCurr->text());
+        dialog->txtDuration->setText(QStringLiteral("2"));
+        connect(dialog, &kx::frmCalibrate::matrixCommitted, frmCalibration,
+                &MatrixPanel::enterCell);
+        return dialog;
+    });
     setPlatePanelsEnabled(false);
 }
 

@@ -169,6 +169,49 @@ inline constexpr int InvalidOperator = 8870;
 inline constexpr int MissingConditions = 8871;
 inline constexpr int InvalidCondition = 8872;
 inline constexpr int ExcitationNote = 8880; // the excitation value follows
+inline constexpr int EngineUnavailable = 8890;
+
+// Refusals of the matrix fit; the previous matrix stays.
+inline constexpr int FitNoSignal = 8960;
+inline constexpr int FitTooFewPoints = 8961;   // %1 channels, %2 points with data
+inline constexpr int FitIllConditioned = 8962; // %1 condition number
+
+// Calibration files that cannot be read; %1 names the part of the record.
+inline constexpr int FileEmpty = 8970;
+inline constexpr int FileTruncated = 8971;
+inline constexpr int FileBadPointCount = 8972; // %1 the count
+inline constexpr int FileBadArray = 8973;      // %1 the field, %2 its header, %3 expected
+inline constexpr int FileIsFolder = 8974;      // %1 the path
+inline constexpr int FileCannotOpen = 8975;    // %1 the path, %2 the reason
+inline constexpr int FileBadVariant = 8976;    // %1 the field, %2 the type tag
+inline constexpr int FileTrailingBytes = 8977; // %1 the count
+inline constexpr int FileBadStepCount = 8978;  // %1 the count
+inline constexpr int FileNotSaved = 8979;      // %1 the path
+
+// The plate picture's legend and tooltip.
+inline constexpr int PictureCurrent = 8460;
+inline constexpr int PictureNoZero = 8461;
+inline constexpr int PictureZero = 8462;
+inline constexpr int PictureData = 8463;
+inline constexpr int PicturePoint = 8464; // %1 the point's number, %2 its state
+inline constexpr int PictureArrow = 8465; // beside the length of a 1 mm error arrow
+
+// The fit's findings in words, below the matrix.
+inline constexpr int FitPoints = 8530; // %1 points, %2 channels
+inline constexpr int FitSpread = 8531; // %1 one of the three below, %2 condition number
+inline constexpr int FitSpreadGood = 8532;
+inline constexpr int FitSpreadFair = 8533;
+inline constexpr int FitSpreadPoor = 8534;
+inline constexpr int FitScatter = 8535;     // %1 Fz, %2 Mx, %3 My residual RMS
+inline constexpr int FitUncertainty = 8536; // %1 percent
+inline constexpr int FitNoUncertainty = 8537;
+inline constexpr int FitAllPointsFit = 8538;
+inline constexpr int FitPointDoesNotFit = 8539; // %1 the point
+inline constexpr int FitPointsDoNotFit = 8541;  // %1 the points
+inline constexpr int ElementUncertainty = 8540; // tooltip of a matrix cell, %1
+
+inline constexpr int SignalBridges = 8842; // optSignal(0)
+inline constexpr int SignalForces = 8843;  // optSignal(1)
 
 inline constexpr int TooNoisy = 8950;        // point mode
 inline constexpr int TooNoisyScaling = 8951; // scaling panel: plain two-line text

@@ -32,7 +32,6 @@ TEST_F(MainWindowTools, ADialogGetsThePlateAndTheWindowWhileOpen) {
     start();
     addBenchTool(window->cmdNoise, strings::NoiseBlock);
     EXPECT_TRUE(window->cmdNoise->isEnabled());
-    EXPECT_FALSE(window->cmdCalibrate->isEnabled());
     select(Fw1Plate);
     window->cmdNoise->click();
     ASSERT_FALSE(dialog.isNull());

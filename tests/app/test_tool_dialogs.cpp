@@ -29,6 +29,10 @@ void expectEveryTextWhole(const QWidget& window) {
             EXPECT_LT(push->fontMetrics().horizontalAdvance(push->text().remove(u'&')),
                       push->width())
                 << push->objectName().toStdString();
+        } else if (const auto* label = qobject_cast<const QLabel*>(w); label && label->wordWrap()) {
+            // A wrapped text needs the height of its lines at the width it got.
+            EXPECT_GE(label->height(), label->heightForWidth(label->width()))
+                << label->objectName().toStdString();
         } else if (qobject_cast<const QLabel*>(w) || qobject_cast<const QAbstractButton*>(w)) {
             EXPECT_GE(w->width(), w->sizeHint().width()) << w->objectName().toStdString();
         }
@@ -75,7 +79,8 @@ INSTANTIATE_TEST_SUITE_P(
         Tool{"frmPlateInfoEx", [](frmMain& w) { return w.frmGeneralInfo->cmdDevInfoEx; }, {}},
         Tool{"frmProgramID", &frmMain::cmdProgramID, {"cmdGet"}},
         Tool{"frmEncoder", &frmMain::cmdEncoder, {}},
-        Tool{"frmNoise", &frmMain::cmdNoise, {"cmdAcquire"}}),
+        Tool{"frmNoise", &frmMain::cmdNoise, {"cmdAcquire"}},
+        Tool{"frmCalibrate", &frmMain::cmdCalibrate, {"cmdZero", "cmdDisplay"}}),
     [](const auto& param) {
         return QString::fromLatin1(param.param.name).remove(u'-').toStdString();
     });

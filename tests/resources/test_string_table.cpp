@@ -63,12 +63,19 @@ std::vector<std::pair<int, std::vector<int>>> assignedNumbers() {
         c::AutoScale, c::DisplayOn, c::DisplayOff, c::Max, c::Min, c::StatusNoPlate,
         c::StatusReady, c::StatusAcquiringZero, c::StatusAcquiringData, c::StatusComputingMatrix,
         c::InvalidOperator, c::MissingConditions, c::InvalidCondition, c::ExcitationNote,
-        c::TooNoisy, c::TooNoisyScaling};
+        c::TooNoisy, c::TooNoisyScaling, c::EngineUnavailable, c::FitNoSignal,
+        c::FitTooFewPoints, c::FitIllConditioned, c::PictureCurrent, c::PictureNoZero,
+        c::PictureZero, c::PictureData, c::PicturePoint, c::PictureArrow, c::FitPoints,
+        c::FitSpread, c::FitSpreadGood, c::FitSpreadFair, c::FitSpreadPoor, c::FitScatter,
+        c::FitUncertainty, c::FitNoUncertainty, c::FitAllPointsFit, c::FitPointDoesNotFit,
+        c::FitPointsDoNotFit, c::ElementUncertainty, c::SignalBridges, c::SignalForces};
     // clang-format on
     for (int i = 0; i < 3; ++i)
         cal.insert(cal.end(), {c::ZeroCh + i, c::DataCh + i});
     for (int step = 0; step < 8; ++step)
         cal.push_back(c::ScaleLoad + step);
+    for (int id = c::FileEmpty; id <= c::FileNotSaved; ++id)
+        cal.push_back(id);
     return {
         {MainBlock, {mainwindow::SplashLinux, mainwindow::RefreshDevices}},
         {MeterBlock, {meter::ChannelPrefix, meter::VoltsSuffix}},

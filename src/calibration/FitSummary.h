@@ -1,0 +1,27 @@
+#pragma once
+
+#include "calibration/MatrixFit.h"
+
+#include <QString>
+
+namespace kx {
+
+// How well a matrix fit can be trusted, told in words a technician acts on: how many points
+// and channels, whether the points were spread well enough, the scatter left, how well the
+// matrix elements are known and which points do not fit.
+class FitSummary {
+public:
+    enum class Spread { Good, Fair, Poor };
+    // The condition number of S below 100 is good, below 1000 fair; above, the points lie too
+    // close to a line for the moments to be told apart from the force.
+    static Spread spread(double conditionNumber);
+
+    // The largest standard uncertainty of an element relative to the largest magnitude in its
+    // row, in percent; nothing when the fit has no uncertainties.
+    static std::optional<double> largestRelativeUncertainty(const FitResult& fit);
+
+    // One line per finding.
+    static QString text(const FitResult& fit);
+};
+
+} // namespace kx

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "calibration/CalMatrix.h"
+
+#include <QString>
+#include <array>
+#include <optional>
+#include <vector>
+
+namespace kx {
+
+class FitEngine;
+struct CalPoint;
+
+// One row of the error table: applied minus computed Fz [N], and the point's X and Y minus
+// the computed centre of pressure (−My/Fz, Mx/Fz) [m], NaN when the computed Fz is 0.
+struct FitErrorRow {
+    int point = 0; // index into the point table
+    double fz = 0;
+    double x = 0;
+    double y = 0;
+};
+
+// How far the fit can be trusted. Rows are Fz [N], Mx and My [N·m].
+struct FitDiagnostics {
+    double conditionNumber = 0;          // of S: largest over smallest singular value
+    std::array<double, 3> residualRms{}; // per output row, over the N points
+    // Standard uncertainty of each element of C: the residual variance of its row (N − m
+    // degrees of freedom) times the matching diagonal element of (S·Sᵀ)⁻¹. None when N ≤ m;
+    // columns beyond m are 0.
+    std::optional<std::array<std::array<double, 3>, 3>> uncertainty;
+    // Per used point, the largest externally studentised residual over the three rows (the
+    // point's residual against the scatter of the others); NaN when N ≤ m + 1.
+    std::vector<double> standardisedResidual;
+    std::vector<bool> flagged; // standardised residual above OutlierLimit
+
+    // With ten points (6 degrees of freedom left out of each) a sound calibration has one of
+    // its 30 residuals beyond 6 in about 3 of 100 runs; a lower limit flags good points often.
+    static constexpr double OutlierLimit = 6.0;
+};
+
+struct FitResult {
+    int m = 0;               // signal channels fitted
+    std::vector<int> points; // indices of the points used, ascending
+    CalMatrix matrix{};      // C laid into 3 x 3, missing columns 0
+    std::vector<double> C;   // 3 × m, row-major, double precision
+    std::vector<FitErrorRow> errors;
+    FitDiagnostics diagnostics;
+    // Set when the engine failed and the built-in fit was used instead.
+    QString engineError;
+};
+
+struct FitOutcome {
+    std::optional<FitResult> result;
+    QString error; // why nothing was fitted
+};
+
+// The matrix fit over the points with accepted data. m = 1 + the highest channel whose data
+// mean is > 0 at some such point. Refused with a message when m = 0, when fewer points than
+// m have data, or when S·Sᵀ is too ill-conditioned to invert (condition number of S above
+// MaxConditionNumber). When `engine` fails, the built-in fit is used and the result says why.
+class MatrixFit {
+public:
+    static constexpr double MaxConditionNumber = 1e6;
+
+    static FitOutcome compute(const std::vector<CalPoint>& points, FitEngine& engine);
+};
+
+} // namespace kx

@@ -1,0 +1,238 @@
+#include "calibration/PlatePicture.h"
+
+#include "resources/StringTable.h"
+
+#include <QHelpEvent>
+#include <QLineF>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+#include <QToolTip>
+#include <algorithm>
+#include <cmath>
+
+namespace kx {
+
+namespace {
+namespace c = strings::calibrate;
+constexpr int LegendCurrent = c::PictureCurrent;
+constexpr int LegendNoZero = c::PictureNoZero;
+constexpr int LegendZero = c::PictureZero;
+constexpr int LegendData = c::PictureData;
+constexpr int TooltipPoint = c::PicturePoint;
+constexpr int LegendArrow = c::PictureArrow;
+
+constexpr double MarginPixels = 6;
+const QColor PlateFill(236, 236, 230);
+const QColor NoZeroFill(Qt::white);
+const QColor ZeroFill(255, 196, 64);
+const QColor DataFill(64, 176, 80);
+const QColor CurrentRing(200, 0, 0);
+const QColor ArrowColour(0, 64, 200);
+
+QColor markFill(const PlateDrawing::Mark& mark) {
+    if (mark.data)
+        return DataFill;
+    return mark.zero ? ZeroFill : NoZeroFill;
+}
+
+int stateText(const PlateDrawing::Mark& mark) {
+    if (mark.data)
+        return LegendData;
+    return mark.zero ? LegendZero : LegendNoZero;
+}
+
+void drawArrow(QPainter& painter, QPointF from, QPointF to) {
+    const QLineF shaft(from, to);
+    if (shaft.length() < 1.0)
+        return;
+    painter.drawLine(shaft);
+    const double head = std::min(8.0, shaft.length() / 2);
+    QLineF wing(to, from);
+    wing.setLength(head);
+    QLineF left = wing;
+    left.setAngle(wing.angle() + 25);
+    QLineF right = wing;
+    right.setAngle(wing.angle() - 25);
+    QPainterPath path(to);
+    path.lineTo(left.p2());
+    path.lineTo(right.p2());
+    path.closeSubpath();
+    painter.fillPath(path, painter.pen().color());
+}
+
+double legendHeight(const QFont& font) {
+    return 2 * QFontMetricsF(font).height() + 4;
+}
+
+// The legend takes two lines above the plate: the mark states, then the current point's ring
+// and, after a fit, the length of a 1 mm error arrow.
+void drawLegend(QPainter& painter, const QRectF& area, const PlateView& view, bool arrows) {
+    const QFontMetricsF metrics(painter.font());
+    const double r = metrics.height() / 3;
+    double x = area.left() + MarginPixels + r;
+    double line = area.top() + 2;
+    const auto newLine = [&] {
+        x = area.left() + MarginPixels + r;
+        line += metrics.height();
+    };
+    const auto entry = [&](const QColor& fill, const QColor& ring, double ringWidth, int text) {
+        painter.setPen(QPen(ring, ringWidth));
+        painter.setBrush(fill);
+        painter.drawEllipse(QPointF(x, line + metrics.height() / 2), r, r);
+        painter.setPen(Qt::black);
+        const QString caption = strings::text(text);
+        painter.drawText(QPointF(x + r + 4, line + metrics.ascent()), caption);
+        x += r + 4 + metrics.horizontalAdvance(caption) + 3 * r + 6;
+    };
+    entry(NoZeroFill, Qt::black, 1, LegendNoZero);
+    entry(ZeroFill, Qt::black, 1, LegendZero);
+    entry(DataFill, Qt::black, 1, LegendData);
+    newLine();
+    entry(Qt::transparent, CurrentRing, 3, LegendCurrent);
+    if (!arrows)
+        return;
+    const double length = 0.001 * ErrorMagnification * view.pixelsPerMetre();
+    const double middle = line + metrics.height() / 2;
+    painter.setPen(QPen(ArrowColour, 2));
+    drawArrow(painter, QPointF(x - r, middle), QPointF(x - r + length, middle));
+    painter.setPen(Qt::black);
+    painter.drawText(QPointF(x - r + length + 6, line + metrics.ascent()),
+                     strings::text(LegendArrow));
+}
+} // namespace
+
+PlateView::PlateView(const PlateDrawing& drawing, const QRectF& area)
+    : m_left(drawing.left)
+    , m_bottom(drawing.bottom)
+    , m_width(drawing.right - drawing.left)
+    , m_height(drawing.top - drawing.bottom) {
+    const QRectF room = area.adjusted(MarginPixels, MarginPixels, -MarginPixels, -MarginPixels);
+    if (m_width > 0 && m_height > 0 && room.width() > 0 && room.height() > 0)
+        m_scale = std::min(room.width() / m_width, room.height() / m_height);
+    const QPointF centre = room.center();
+    m_origin = {centre.x() - m_width * m_scale / 2, centre.y() + m_height * m_scale / 2};
+}
+
+QPointF PlateView::toDevice(QPointF plate) const {
+    return {m_origin.x() + (plate.x() - m_left) * m_scale,
+            m_origin.y() - (plate.y() - m_bottom) * m_scale};
+}
+
+QPointF PlateView::toPlate(QPointF device) const {
+    return {m_left + (device.x() - m_origin.x()) / m_scale,
+            m_bottom + (m_origin.y() - device.y()) / m_scale};
+}
+
+QRectF PlateView::plateRect() const {
+    return QRectF(toDevice({m_left, m_bottom + m_height}), toDevice({m_left + m_width, m_bottom}));
+}
+
+QRectF plateArea(const QRectF& area, const QFont& font) {
+    return area.adjusted(0, legendHeight(font), 0, 0);
+}
+
+void paintPlate(QPainter& painter, const QRectF& area, const PlateDrawing& drawing) {
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    const PlateView view(drawing, plateArea(area, painter.font()));
+    painter.setPen(QPen(Qt::darkGray, 2));
+    painter.setBrush(PlateFill);
+    painter.drawRect(view.plateRect());
+
+    // The plate's axes through its origin, so the technician sees where X and Y are measured.
+    painter.setPen(QPen(Qt::gray, 1, Qt::DashLine));
+    const QPointF origin = view.toDevice({0, 0});
+    const QRectF plate = view.plateRect();
+    if (plate.contains(origin)) {
+        painter.drawLine(QPointF(plate.left(), origin.y()), QPointF(plate.right(), origin.y()));
+        painter.drawLine(QPointF(origin.x(), plate.top()), QPointF(origin.x(), plate.bottom()));
+    }
+
+    const double radius = drawing.markRadius * view.pixelsPerMetre();
+    for (std::size_t i = 0; i < drawing.marks.size(); ++i) {
+        const PlateDrawing::Mark& mark = drawing.marks[i];
+        const QPointF centre = view.toDevice(mark.position);
+        const bool current = static_cast<int>(i) == drawing.current;
+        painter.setPen(current ? QPen(CurrentRing, 3) : QPen(Qt::black, 1));
+        painter.setBrush(markFill(mark));
+        painter.drawEllipse(centre, radius, radius);
+        painter.setPen(Qt::black);
+        painter.drawText(QRectF(centre.x() - radius, centre.y() - radius, 2 * radius, 2 * radius),
+                         Qt::AlignCenter, QString::number(i + 1));
+    }
+    bool arrows = false;
+    painter.setPen(QPen(ArrowColour, 2));
+    for (const PlateDrawing::Mark& mark : drawing.marks) {
+        if (!mark.copError)
+            continue;
+        arrows = true;
+        // From the mark towards where the fitted matrix puts the weight.
+        const QPointF towards = mark.position - *mark.copError * ErrorMagnification;
+        drawArrow(painter, view.toDevice(mark.position), view.toDevice(towards));
+    }
+    drawLegend(painter, area, view, arrows);
+    painter.restore();
+}
+
+PlatePicture::PlatePicture(QWidget* parent)
+    : QWidget(parent) {
+    setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+    setMinimumSize(220, 200);
+}
+
+void PlatePicture::setDrawing(PlateDrawing drawing) {
+    m_drawing = std::move(drawing);
+    update();
+}
+
+PlateView PlatePicture::view() const {
+    return PlateView(m_drawing, plateArea(QRectF(rect()), font()));
+}
+
+QSize PlatePicture::sizeHint() const {
+    return {360, heightForWidth(360)};
+}
+
+int PlatePicture::heightForWidth(int width) const {
+    const double w = m_drawing.right - m_drawing.left;
+    const double h = m_drawing.top - m_drawing.bottom;
+    if (w <= 0 || h <= 0)
+        return width;
+    return static_cast<int>(
+        std::lround((width - 2 * MarginPixels) * h / w + 2 * MarginPixels + legendHeight(font())));
+}
+
+void PlatePicture::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    paintPlate(painter, QRectF(rect()), m_drawing);
+}
+
+void PlatePicture::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton)
+        Q_EMIT clicked(view().toPlate(event->position()));
+    QWidget::mouseReleaseEvent(event);
+}
+
+bool PlatePicture::event(QEvent* event) {
+    if (event->type() != QEvent::ToolTip)
+        return QWidget::event(event);
+    auto* help = static_cast<QHelpEvent*>(event);
+    const QPointF at = view().toPlate(help->pos());
+    for (std::size_t i = 0; i < m_drawing.marks.size(); ++i) {
+        const PlateDrawing::Mark& mark = m_drawing.marks[i];
+        if (QLineF(at, mark.position).length() <= m_drawing.markRadius) {
+            QString state = strings::text(stateText(mark));
+            if (static_cast<int>(i) == m_drawing.current)
+                state += QStringLiteral(", ") + strings::text(LegendCurrent).toLower();
+            QToolTip::showText(help->globalPos(), strings::text(TooltipPoint).arg(i + 1).arg(state),
+                               this);
+            return true;
+        }
+    }
+    QToolTip::hideText();
+    event->ignore();
+    return true;
+}
+
+} // namespace kx

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <QFont>
+#include <QPointF>
+#include <QRectF>
+#include <QWidget>
+#include <optional>
+#include <vector>
+
+class QPainter;
+
+namespace kx {
+
+// What the plate picture shows, in plate coordinates: metres, X to the right, Y up.
+struct PlateDrawing {
+    struct Mark {
+        QPointF position;
+        bool zero = false; // a zero was accepted here
+        bool data = false; // a data acquisition was accepted here
+        // Point minus the fitted centre of pressure, metres; only for points used by a fit.
+        std::optional<QPointF> copError{};
+    };
+    double left = -0.4064;
+    double right = 0.4064;
+    double bottom = -0.2032;
+    double top = 0.5588;
+    double markRadius = 0.025;
+    int current = 0;
+    std::vector<Mark> marks;
+};
+
+// Maps the plate top into a rectangle of a paint device, to scale (one factor for X and Y),
+// centred, Y upward. The plate's origin lands wherever the extents put it.
+class PlateView {
+public:
+    PlateView(const PlateDrawing& drawing, const QRectF& area);
+
+    QPointF toDevice(QPointF plate) const;
+    QPointF toPlate(QPointF device) const;
+    double pixelsPerMetre() const { return m_scale; }
+    QRectF plateRect() const;
+
+private:
+    double m_left;
+    double m_bottom;
+    double m_width;
+    double m_height;
+    QPointF m_origin; // device position of (left, bottom)
+    double m_scale = 1;
+};
+
+// The part of a picture's area that the plate takes: all but the legend line at the top.
+QRectF plateArea(const QRectF& area, const QFont& font);
+
+// Draws the plate top with its point marks, their states, the current point, a legend and,
+// after a fit, each point's centre-of-pressure error as an arrow magnified ErrorMagnification
+// times. Paints onto any painter, so a printed report draws the same picture.
+void paintPlate(QPainter& painter, const QRectF& area, const PlateDrawing& drawing);
+
+// The error arrows are drawn this many times their true length: 1 mm becomes 5 cm of plate.
+inline constexpr double ErrorMagnification = 50.0;
+
+// `picPlate`: the plate picture of the calibration dialog. A click reports where it landed in
+// plate coordinates; the tooltip names the point under the pointer and its state.
+class PlatePicture : public QWidget {
+    Q_OBJECT
+public:
+    explicit PlatePicture(QWidget* parent = nullptr);
+
+    void setDrawing(PlateDrawing drawing);
+    const PlateDrawing& drawing() const { return m_drawing; }
+    PlateView view() const;
+
+    QSize sizeHint() const override;
+    bool hasHeightForWidth() const override { return true; }
+    int heightForWidth(int width) const override;
+
+Q_SIGNALS:
+    // Mouse-up on the picture, at this place of the plate (metres).
+    void clicked(QPointF plate);
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    bool event(QEvent* event) override;
+
+private:
+    PlateDrawing m_drawing;
+};
+
+} // namespace kx

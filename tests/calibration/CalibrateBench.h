@@ -1,0 +1,91 @@
+#pragma once
+
+#include "DialogFixture.h"
+#include "calibration/CalibrationSettings.h"
+#include "calibration/PlatePicture.h"
+#include "calibration/frmCalibrate.h"
+#include "sim/SimPlateConfig.h"
+
+#include <QLineEdit>
+#include <QPushButton>
+#include <QStatusBar>
+#include <QTest>
+
+namespace kx::test {
+
+// The local gravity of the calibration profile's defaults: 25 kg on the simulated plate then
+// weighs exactly the profile's calibration load.
+inline constexpr double ProfileGravity = 9.796878;
+inline constexpr double CalibrationKilograms = 25.0;
+
+// The plate every calibration test runs on: uncalibrated, its hidden matrix drawn from a fixed
+// seed. Whatever the simulator adds to make plates imperfect is to be switched off here.
+inline SimPlateConfig calibrationPlateConfig() {
+    SimPlateConfig config;
+    config.serial = QStringLiteral("30417");
+    config.seed = 7;
+    config.calibrated = false;
+    return config;
+}
+
+// A technician's hands on frmCalibrate: clicks, weights on and off the simulated plate, and
+// the clock moved on until the dialog is idle again.
+class CalibrateHands {
+public:
+    CalibrateHands(ManualClock& clock, SimPlate& plate)
+        : m_clock(clock)
+        , m_plate(plate) {}
+
+    bool idle(const frmCalibrate& dialog) const { return dialog.cmdZero->isEnabled(); }
+
+    void waitIdle(const frmCalibrate& dialog) {
+        for (int ms = 0; ms < 10000 && !idle(dialog); ms += 10)
+            m_clock.advance(10);
+    }
+
+    void clickPoint(frmCalibrate& dialog, int point) {
+        const PointXY xy = CalibrationSettings::defaultPoints()[std::size_t(point)];
+        const QPointF at = dialog.picPlate->view().toDevice({xy.x, xy.y});
+        QTest::mouseClick(dialog.picPlate, Qt::LeftButton, {}, at.toPoint());
+    }
+
+    void unload() {
+        m_plate.loads().removeAll(m_plate.now());
+        m_clock.advance(500);
+    }
+
+    void place(double kilograms, double x, double y) {
+        m_plate.loads().placeWeight(kilograms, x, y, m_plate.now());
+        m_clock.advance(500);
+    }
+
+    void takeZero(frmCalibrate& dialog) {
+        unload();
+        dialog.cmdZero->click();
+        waitIdle(dialog);
+    }
+
+    // The weight on the point's mark, or `offMark` metres to its right.
+    void takeData(frmCalibrate& dialog, int point, double offMark = 0) {
+        const PointXY xy = CalibrationSettings::defaultPoints()[std::size_t(point)];
+        place(CalibrationKilograms, xy.x + offMark, xy.y);
+        dialog.cmdData->click();
+        waitIdle(dialog);
+    }
+
+    // Zero and data at each of the points, reached by clicks on the picture.
+    void walk(frmCalibrate& dialog, int from, int to, int misplaced = -1) {
+        for (int point = from; point < to; ++point) {
+            if (point > 0)
+                clickPoint(dialog, point);
+            takeZero(dialog);
+            takeData(dialog, point, point == misplaced ? 0.02 : 0);
+        }
+    }
+
+private:
+    ManualClock& m_clock;
+    SimPlate& m_plate;
+};
+
+} // namespace kx::test

@@ -1,0 +1,174 @@
+#include "../support/PrintQString.h"
+#include "TempEnvironment.h"
+#include "calibration/Calibration.h"
+#include "calibration/CalibrationSettings.h"
+#include "support/IniFile.h"
+#include "support/Settings.h"
+#include "support/SettingsKeys.h"
+
+#include <QDir>
+#include <cmath>
+#include <gtest/gtest.h>
+
+namespace kx {
+namespace {
+
+constexpr auto User = SettingsRoot::CurrentUser;
+
+// Counts the warnings written while it lives (they go to stderr).
+class WarningCounter {
+public:
+    WarningCounter() {
+        s_count = 0;
+        m_previous =
+            qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString&) {
+                s_count += type == QtWarningMsg;
+            });
+    }
+    ~WarningCounter() { qInstallMessageHandler(m_previous); }
+    int count() const { return s_count; }
+
+private:
+    static inline int s_count = 0;
+    QtMessageHandler m_previous;
+};
+
+QString stored(const IniFile& profile, const char* section, const QString& key) {
+    return profile.value(QLatin1String(section), key, QStringLiteral("(missing)"));
+}
+
+TEST(CalibrationSettings, AMissingProfileIsCreatedCompleteWithTheDefaults) {
+    test::TempEnvironment environment;
+    const IniFile profile = IniFile::sharedProfile();
+    const CalibrationSettings s = CalibrationSettings::load(profile);
+
+    // 25 kg × 9.796878 m/s² = 244.9219... N; 16 in = 0.4064 m.
+    const struct {
+        const char* section;
+        const char* key;
+        const char* text;
+    } expected[] = {
+        {"Local", "Gravity", "9.796878"},
+        {"Local", "Pressure Correction", "5.210406"},
+        {"Calibration", "Load", "244.922"},
+        {"Calibration", "Max Zero StdDev", "1024.000"},
+        {"Calibration", "Max Data StdDev", "0.002000"},
+        {"Calibration", "Points", "10"},
+        {"Calibration", "Plate X Left", "-0.406"},
+        {"Calibration", "Plate X Right", "0.406"},
+        {"Calibration", "Plate Y Top", "0.559"},
+        {"Calibration", "Plate Y Bottom", "-0.203"},
+        {"Calibration", "Point 1X", "-0.300000"},
+        {"Calibration", "Point 1Y", "0.460000"},
+        {"Calibration", "Point 10X", "0.150000"},
+        {"Calibration", "Point 10Y", "0.320000"},
+        {"Linearity", "Loads", "8"},
+        {"Linearity", "Load 1", "244.922"},
+        {"Linearity", "Load 4", "979.688"},
+        {"Linearity", "Load 5", "979.688"},
+        {"Linearity", "Load 8", "244.922"},
+    };
+    for (const auto& e : expected)
+        EXPECT_EQ(stored(profile, e.section, QLatin1String(e.key)), QLatin1String(e.text)) << e.key;
+    EXPECT_EQ(stored(profile, "Calibration", QStringLiteral("Point 11X")),
+              QStringLiteral("(missing)"));
+
+    EXPECT_EQ(s.Gravity, 9.796878); // double, not single
+    EXPECT_EQ(s.Load, 244.922f);
+    EXPECT_EQ(s.MaxZeroStdDev, 1024.0f);
+    EXPECT_EQ(s.MaxDataStdDev, 0.002f);
+    EXPECT_EQ(s.PlateXLeft, -0.406f);
+    EXPECT_EQ(s.Points.size(), 10u);
+    EXPECT_EQ(s.Points[0], (PointXY{-0.3f, 0.46f}));
+    EXPECT_EQ(s.LinearityLoads.size(), 8u);
+    EXPECT_EQ(s.LinearityLoads[3], 979.688f);
+    EXPECT_EQ(s.DisplayPointRadius, 0.025f);
+    EXPECT_EQ(s.LastFilePath, QDir::fromNativeSeparators(environment.documentsFolder()));
+}
+
+TEST(CalibrationSettings, ProfileValuesWinAndUnusableOnesFallBackWithAWarning) {
+    test::TempEnvironment environment;
+    const IniFile profile = IniFile::sharedProfile();
+    CalibrationSettings::load(profile);
+    profile.setValue(QStringLiteral("Local"), QStringLiteral("Gravity"), QStringLiteral("9.81"));
+    profile.setValue(QStringLiteral("Calibration"), QStringLiteral("Load"),
+                     QStringLiteral("heavy"));
+    profile.setValue(QStringLiteral("Calibration"), QStringLiteral("Points"), QStringLiteral("4"));
+    profile.setValue(QStringLiteral("Calibration"), QStringLiteral("Point 2X"),
+                     QStringLiteral("0.125"));
+    profile.setValue(QStringLiteral("Linearity"), QStringLiteral("Loads"), QStringLiteral("-3"));
+    profile.setValue(QStringLiteral("Calibration"), QStringLiteral("Max Zero StdDev"),
+                     QStringLiteral("1e3"));
+    SaveSettingString(User, QLatin1String(kCalibrationKey),
+                      QStringLiteral("Display Point Radius (m)"), QStringLiteral("wide"));
+
+    WarningCounter warnings;
+    const CalibrationSettings s = CalibrationSettings::load(profile);
+    EXPECT_EQ(warnings.count(), 3);
+    EXPECT_EQ(s.Gravity, 9.81);
+    EXPECT_EQ(s.MaxZeroStdDev, 1000.0f);
+    EXPECT_EQ(s.Load, 245.25f); // the default follows the gravity in force
+    EXPECT_EQ(stored(profile, "Calibration", QStringLiteral("Load")), QStringLiteral("245.250"));
+    EXPECT_EQ(s.Points.size(), 4u);
+    EXPECT_EQ(s.Points[1].x, 0.125);
+    EXPECT_EQ(s.LinearityLoads.size(), 8u);
+    EXPECT_EQ(stored(profile, "Linearity", QStringLiteral("Loads")), QStringLiteral("8"));
+    EXPECT_EQ(s.DisplayPointRadius, 0.025f);
+}
+
+TEST(CalibrationSettings, SaveWritesTheWriteBackFormatsAndThePointRadius) {
+    test::TempEnvironment environment;
+    const IniFile profile = IniFile::sharedProfile();
+    CalibrationSettings s = CalibrationSettings::load(profile);
+    s.Gravity = 9.8123456;
+    s.Load = 100.1234f;
+    s.Points = {{0.1234567, -0.25}};
+    s.DisplayPointRadius = 0.03f;
+    s.LastFilePath = QStringLiteral("/data/cal");
+    s.save(profile);
+    EXPECT_EQ(stored(profile, "Local", QStringLiteral("Gravity")), QStringLiteral("9.812346"));
+    EXPECT_EQ(stored(profile, "Calibration", QStringLiteral("Load")), QStringLiteral("100.123"));
+    EXPECT_EQ(stored(profile, "Calibration", QStringLiteral("Points")), QStringLiteral("1"));
+    EXPECT_EQ(stored(profile, "Calibration", QStringLiteral("Point 1X")),
+              QStringLiteral("0.123457"));
+    const auto user = [](const char* name) {
+        return GetSettingString(User, QLatin1String(kCalibrationKey), QLatin1String(name),
+                                QStringLiteral("(missing)"));
+    };
+    EXPECT_EQ(user("Display Point Radius (m)"), QStringLiteral("0.030000"));
+    EXPECT_EQ(user("Cal Point Radius"), QStringLiteral("0.030000"));
+    EXPECT_EQ(user("Last File Path"), QStringLiteral("/data/cal"));
+}
+
+TEST(CalibrationSettings, DefaultPointsAreInsideTheTopDistinctAndWellSpread) {
+    const std::vector<PointXY> points = CalibrationSettings::defaultPoints();
+    ASSERT_EQ(points.size(), 10u);
+    const CalibrationSettings extents;
+    for (std::size_t i = 0; i < points.size(); ++i) {
+        EXPECT_GT(points[i].x, extents.PlateXLeft + 0.05);
+        EXPECT_LT(points[i].x, extents.PlateXRight - 0.05);
+        EXPECT_GT(points[i].y, extents.PlateYBottom + 0.05);
+        EXPECT_LT(points[i].y, extents.PlateYTop - 0.05);
+        for (std::size_t j = 0; j < i; ++j)
+            EXPECT_GE(std::hypot(points[i].x - points[j].x, points[i].y - points[j].y), 0.1)
+                << i << " and " << j;
+    }
+}
+
+TEST(Calibration, FreshCalibrationTakesPointsLoadsAndEnvironmentFromTheSettings) {
+    CalibrationSettings s;
+    s.Load = 200;
+    s.Points = {{0.1, 0.2}, {-0.3, 0.4}};
+    s.LinearityLoads = {10, 20, 20, 10};
+    s.Gravity = 9.7;
+    const Calibration c = Calibration::fromSettings(s);
+    ASSERT_EQ(c.record.points.size(), 2u);
+    EXPECT_EQ(c.record.points[1].expectedLoad, (std::array<double, 3>{-200, -200 * 0.4, -60}));
+    EXPECT_EQ(c.record.steps.size(), 4u);
+    EXPECT_EQ(c.record.steps[1].appliedLoad, 20.0f);
+    EXPECT_EQ(c.record.environment.gravity, 9.7);
+    EXPECT_FALSE(c.unsavedChanges);
+}
+
+} // namespace
+} // namespace kx
