@@ -183,7 +183,14 @@ std::optional<CalibrationRecord> CalFileReader::readFile(const QString& path) {
 
 std::optional<CalibrationRecord> CalFileReader::read(QIODevice& device) {
     m_error.clear();
-    const QByteArray bytes = device.read(MaxFileBytes + 1);
+    // In pieces: asking for the largest size at once would allocate it for every file.
+    QByteArray bytes;
+    while (bytes.size() <= MaxFileBytes) {
+        const QByteArray piece = device.read(64 * 1024);
+        if (piece.isEmpty())
+            break;
+        bytes += piece;
+    }
     if (bytes.isEmpty()) {
         m_error = strings::text(s::FileEmpty);
         return std::nullopt;

@@ -132,6 +132,45 @@ TEST(CalFile, WriterMatchesTheGoldenFile) {
     EXPECT_EQ(golden("through34.cal"), full.left(bytesThrough34(10, 8)));
 }
 
+// one-point-by-hand.cal was put together field by field from the layout with Python's struct,
+// not by our writer.
+TEST(CalFile, WriterMatchesAFileMadeByHandFromTheLayout) {
+    CalibrationRecord r;
+    r.pointRadius = 0.025f;
+    r.plateXLeft = -0.406f;
+    r.plateXRight = 0.406f;
+    r.plateYTop = 0.559f;
+    r.plateYBottom = -0.203f;
+    CalPoint p;
+    p.x = 0.0;
+    p.y = 0.18;
+    p.zeroDone = p.dataDone = true;
+    p.zeroDate = {46083.25};
+    p.dataDate = {46083.26};
+    p.zeroAverage = {1200, -800, 300, 5};
+    p.zeroStdDev = {110, 120, 130, 140};
+    p.dataMean = {0.08, 0.08, 0.08};
+    p.dataStdDev = {1.5e-5, 1.5e-5, 1.5e-5};
+    p.expectedLoad = {-244.922, -44.086, 0.0};
+    p.zeroTemperature = 22.5f;
+    p.dataTemperature = 22.6f;
+    r.points = {p};
+    r.scalingZero = {true, {46083.3}, 0, {1, 2, 3, 4}, {5, 6, 7, 8}};
+    LinearityStep taken;
+    taken.done = true;
+    taken.date = {46083.31};
+    taken.temperature = 22.7f;
+    taken.mean = {0.24, 0.25, 0.26};
+    taken.stdDev = {1e-5, 1e-5, 1e-5};
+    taken.appliedLoad = 244.922f;
+    LinearityStep open;
+    open.appliedLoad = 244.922f;
+    r.steps = {taken, open};
+    r.scaleValue = 1.0f;
+    r.environment = {9.796878, 21.5f, 45.0f, 1013.25, 5.210406};
+    EXPECT_EQ(writeCalFile(r), golden("one-point-by-hand.cal"));
+}
+
 TEST(CalFile, ShorterRecordsOfEarlierVersionsAreCompleted) {
     const CalibrationRecord full = sampleRecord(10);
     struct Case {
