@@ -19,12 +19,13 @@ inline constexpr double ProfileGravity = 9.796878;
 inline constexpr double CalibrationKilograms = 25.0;
 
 // The plate every calibration test runs on: uncalibrated, its hidden matrix drawn from a fixed
-// seed. Whatever the simulator adds to make plates imperfect is to be switched off here.
+// seed, ideal apart from white converter noise so that the fit must recover it closely.
 inline SimPlateConfig calibrationPlateConfig() {
     SimPlateConfig config;
     config.serial = QStringLiteral("30417");
     config.seed = 7;
     config.calibrated = false;
+    config.imperfections = SimImperfections::none();
     return config;
 }
 

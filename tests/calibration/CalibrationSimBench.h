@@ -15,15 +15,16 @@
 namespace kx::test {
 
 // The simulated plate every calibration proof runs on: uncalibrated (zeros and matrix empty)
-// with its hidden matrix drawn from the seed. `imperfect` asks for the simulator's default
-// imperfections (placement scatter, nonlinearity, ...) where it models them; this simulator
-// has noise and temperature drift only, so both kinds are the same plate here.
+// with its hidden matrix drawn from the seed. `imperfect` keeps the simulator's default
+// imperfections (placement scatter, nonlinearity, hysteresis, creep, the top's error, 1/f
+// noise); otherwise the plate is ideal apart from white converter noise.
 inline SimPlateConfig proofPlateConfig(quint64 seed, bool imperfect) {
-    Q_UNUSED(imperfect);
     SimPlateConfig config;
     config.serial = QStringLiteral("30177");
     config.seed = seed;
     config.calibrated = false;
+    if (!imperfect)
+        config.imperfections = SimImperfections::none();
     return config;
 }
 
