@@ -126,6 +126,17 @@ TEST_F(MainWindowList, UnpluggingClearsTheSelectionOnlyWhenItWasThatPlate) {
               QStringLiteral("0 Plates Installed - 0 HID devices"));
 }
 
+TEST_F(MainWindowList, CloseDevicesLeavesEveryPlateAt24Bits) {
+    start();
+    for (const QString& serial : {Fw2Plate, Fw1Plate})
+        plate(serial)->SetResolution(16);
+    window->cmdDevClose->click();
+    for (const QString& serial : {Fw2Plate, Fw1Plate})
+        EXPECT_EQ(plate(serial)->Resolution(), 24) << serial.toStdString();
+    EXPECT_TRUE(entries().isEmpty());
+    EXPECT_FALSE(window->frmConverter->isEnabled());
+}
+
 // The driver lists the plates again after an unplug, and that update selects entry 0.
 TEST_F(MainWindowList, UnpluggingTheSelectedPlateSelectsTheFirstRemainingOne) {
     start();

@@ -5,11 +5,13 @@
 #include "support/Settings.h"
 #include "support/SettingsKeys.h"
 
+#include <QCheckBox>
 #include <QPushButton>
 #include <QStyle>
 #include <QStyleOptionFrame>
 #include <QTableWidget>
 #include <QTest>
+#include <functional>
 
 namespace kx::test {
 namespace {
@@ -225,6 +227,49 @@ TEST_F(ServiceLayout, EmptyCountersAndDateAreFilledWhenSet) {
     click("cmdSetCounters");
     EXPECT_FLOAT_EQ(plate.MatrixElement(0, 3), 45351.0f);
     EXPECT_EQ(text(QStringLiteral("txtAppLastDate")), formatShortDate(QDate(2024, 2, 29)));
+}
+
+// Each switch writes the state it shows, and a refused write leaves it as the plate has it.
+TEST_F(ServiceLayout, StatusSwitchesWriteWhatTheyShow) {
+    SimPlate& plate = *selectedPlate();
+    const struct {
+        const char* name;
+        const char* operation;
+        std::function<bool()> state;
+    } switches[] = {
+        {"chkPolled", "SetPolled", [&] { return plate.Polled(0); }},
+        {"chkADSleep", "SetConverterSleep", [&] { return plate.ConverterSleep(0); }},
+        {"chkBkgCal", "SetBackgroundCalibration", [&] { return plate.BackgroundCalibration(); }},
+        {"chkPowerON", "SetPowerOn", [&] { return plate.PowerOn(0); }},
+    };
+    for (const auto& s : switches) {
+        auto* box = control<QCheckBox>(QLatin1String(s.name));
+        const bool before = s.state();
+        ASSERT_EQ(box->isChecked(), before) << s.name;
+        box->click();
+        EXPECT_EQ(s.state(), !before) << s.name;
+        EXPECT_EQ(box->isChecked(), !before) << s.name;
+        plate.failures().failEveryCall(QLatin1String(s.operation), QStringLiteral("refused"));
+        box->click();
+        EXPECT_EQ(s.state(), !before) << s.name;
+        EXPECT_EQ(box->isChecked(), !before) << s.name << ": the plate kept its state";
+        plate.failures().clear();
+        box->click();
+        EXPECT_EQ(s.state(), before) << s.name;
+    }
+}
+
+TEST_F(ServiceLayout, EachConverterCommandCallsItsOwnOperation) {
+    SimPlate& plate = *selectedPlate();
+    for (const char* operation :
+         {"CalibrateSelf", "CalibrateOffset", "CalibrateFullScale", "CalibratePseudo"}) {
+        plate.failures().failEveryCall(QLatin1String(operation), QLatin1String(operation));
+        prompt.messages.clear();
+        for (const char* button : {"cmdCalSelf", "cmdCalOffset", "cmdCalFullScale", "cmdPseudo"})
+            click(button);
+        EXPECT_EQ(prompt.messages, QStringList{QLatin1String(operation)});
+        plate.failures().clear();
+    }
 }
 
 // Pixels a line edit has for its text: its contents less the text margins and its own
