@@ -70,6 +70,14 @@ INSTANTIATE_TEST_SUITE_P(
                       "1",
                       2.358f,
                       {{"txt3dBFreqCurr", "2.358"}, {"txtSampFreqCurr", "9.000"}}},
+        ConverterEdit{"SamplingTooLow", "txtSampFreqCurr", "1", 9, {{"txtSampFreqCurr", "9.000"}}},
+        ConverterEdit{"CutoffTooHigh",
+                      "txt3dBFreqCurr",
+                      "300",
+                      262,
+                      {{"txt3dBFreqCurr", "262.000"}, {"txtSampFreqCurr", "1000.000"}}},
+        ConverterEdit{
+            "DecimationTooLow", "txtDecimationCurr", "5", 20, {{"txtDecimationCurr", "20"}}},
         ConverterEdit{"TurboNotWrapped", "txtTurboCurr", "65537", 16, {{"txtTurboCurr", "16"}}}),
     [](const auto& param) { return std::string(param.param.name); });
 
@@ -270,6 +278,27 @@ TEST_F(ServiceLayout, EachConverterCommandCallsItsOwnOperation) {
         EXPECT_EQ(prompt.messages, QStringList{QLatin1String(operation)});
         plate.failures().clear();
     }
+}
+
+TEST_F(ServiceLayout, StoreDefaultsMakesTheCurrentValuesThePowerOnOnes) {
+    SimPlate& plate = *selectedPlate();
+    type(QStringLiteral("txtAVoltageCurr"), QStringLiteral("2.5"));
+    type(QStringLiteral("txtTurboCurr"), QStringLiteral("4"));
+    type(QStringLiteral("txtDecimationCurr"), QStringLiteral("100"));
+    click("cmdStoreDefParam");
+    EXPECT_FLOAT_EQ(plate.GageVoltage(Which::Default), 2.5f);
+    EXPECT_EQ(plate.TurboRate(Which::Default), 4);
+    EXPECT_EQ(plate.DecimationRate(Which::Default), 100);
+    EXPECT_EQ(text(QStringLiteral("txtDecimationDef")), QStringLiteral("100"));
+
+    // An emptied current zero box stores 0; the others store what they show.
+    type(QStringLiteral("txtZeroCurr0"), QStringLiteral("1234"));
+    box(QStringLiteral("txtZeroCurr1"))->setText(QStringLiteral(" "));
+    click("cmdStoreDefZero");
+    EXPECT_EQ(plate.ZeroValue(0, Which::Default), 1234);
+    EXPECT_EQ(plate.ZeroValue(1, Which::Default), 0);
+    EXPECT_EQ(text(QStringLiteral("txtZeroCurr1")), QStringLiteral("0"));
+    EXPECT_EQ(text(QStringLiteral("txtZeroDef1")), QStringLiteral("0"));
 }
 
 // Pixels a line edit has for its text: its contents less the text margins and its own
