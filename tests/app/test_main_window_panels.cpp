@@ -78,6 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
                       {{"txt3dBFreqCurr", "262.000"}, {"txtSampFreqCurr", "1000.000"}}},
         ConverterEdit{
             "DecimationTooLow", "txtDecimationCurr", "5", 20, {{"txtDecimationCurr", "20"}}},
+        ConverterEdit{"TurboZero", "txtTurboCurr", "0", 1, {{"txtTurboCurr", "1"}}},
         ConverterEdit{"TurboNotWrapped", "txtTurboCurr", "65537", 16, {{"txtTurboCurr", "16"}}}),
     [](const auto& param) { return std::string(param.param.name); });
 
