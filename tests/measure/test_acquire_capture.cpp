@@ -117,6 +117,24 @@ TEST_F(AcquireCapture, CancelledOrFailedSavesKeepTheDialogAndItsTable) {
         << "no temporary file left behind";
 }
 
+// The status texts are rewritten when more than the text period (200 ms) has passed since the
+// last time, not when exactly that much has.
+TEST_F(AcquireCapture, StatusTextsWaitMoreThanOneTextPeriod) {
+    open();
+    dialog->cmdDisplay->click();
+    dialog->cmdCapture->click();
+    clock.advance(1); // sample 1 of the capture: the first refresh
+    EXPECT_EQ(dialog->lblSample->text(), QStringLiteral("1"));
+    EXPECT_EQ(dialog->lblTime->text(), QStringLiteral("0.00 s"));
+    clock.advance(200);
+    EXPECT_EQ(dialog->lblSample->text(), QStringLiteral("1")) << "exactly one period later";
+    clock.advance(1);
+    EXPECT_EQ(dialog->lblSample->text(), QStringLiteral("202"));
+    EXPECT_EQ(dialog->lblTime->text(), QStringLiteral("0.20 s"));
+    // 202 samples over 202 + 1 ms since the capture began.
+    EXPECT_EQ(dialog->lblFreq->text(), QStringLiteral("995.07 Hz"));
+}
+
 // Switching the display off under a capture ends the capture as Capture OFF would: the
 // segment reaches the table and the next display starts with a usable capture button.
 TEST_F(AcquireCapture, DisplayOffEndsTheCaptureAndKeepsItsSegment) {
