@@ -7,7 +7,7 @@ FUZZ_TIME  ?= 60
 JOBS       ?= $(shell nproc)
 CMAKE_ARGS ?= -DCMAKE_BUILD_TYPE=RelWithDebInfo
 
-.PHONY: deps configure build run test test-sanitize fuzz bench package screenshots format clean
+.PHONY: deps configure build run test test-sanitize fuzz bench package screenshots mutation format clean
 
 deps:
 	@scripts/install-deps.sh
@@ -41,6 +41,12 @@ fuzz: deps
 	$(BUILD_FUZZ)/bin/fuzz_$(FUZZ) -max_total_time=$(FUZZ_TIME) -timeout=10 $(BUILD_FUZZ)/corpus/$(FUZZ) \
 		fuzz/corpus/$(FUZZ) $(if $(filter scenario,$(FUZZ)),scenarios)
 
+# Single-line faults from scripts/mutation-faults.txt, each applied to a copy of the tree in
+# build-mutation/ and checked against the tests that should notice it; reports the survivors.
+# Slow (it rebuilds after every fault): MUTATION="acquire- main-" runs only those faults.
+mutation: deps
+	@scripts/mutation-check.py $(MUTATION)
+
 bench: build
 	@for b in $(BUILD)/bin/bench_*; do echo "== $$b"; $$b; done
 
@@ -66,4 +72,4 @@ format:
 	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
 
 clean:
-	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_FUZZ)
+	rm -rf $(BUILD) $(BUILD_ASAN) $(BUILD_FUZZ) build-mutation

@@ -48,7 +48,7 @@ AppCountersPanel::AppCountersPanel(Prompt& prompt, const SelectedPlate& plate, Q
         lblAppCounter[i] =
             makeLabel(qPrintable(QStringLiteral("lblAppCounter") + index), CounterCaptions[i]);
         txtAppCounter[i] = makeBox(QStringLiteral("txtAppCounter") + index,
-                                   plainCaption(CounterCaptions[i]), 8, [] {});
+                                   plainCaption(CounterCaptions[i]), 13, [] {});
         grid->addWidget(lblAppCounter[i], i / 2, (i % 2) * 2);
         grid->addWidget(txtAppCounter[i], i / 2, (i % 2) * 2 + 1);
     }

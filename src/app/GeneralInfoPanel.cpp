@@ -39,9 +39,13 @@ void GeneralInfoPanel::fill(PlateDevice& plate) {
 void GeneralInfoPanel::validateSerialNumber() {
     withPlate([this](PlateDevice& plate) {
         const QString serial = txtSerialNumber->text().trimmed();
-        if (serial == plate.SerialNumber())
+        const QString current = plate.SerialNumber();
+        if (serial == current)
             return;
+        // The plate's number stays in the box unless the plate takes the new one.
+        txtSerialNumber->setText(current);
         plate.SetSerialNumber(serial);
+        txtSerialNumber->setText(serial);
         Q_EMIT serialNumberChanged();
     });
 }

@@ -2,20 +2,11 @@
 
 #include "support/Rounding.h"
 
-#include <QLocale>
 #include <algorithm>
 #include <cmath>
 #include <limits>
 
 namespace kx {
-
-std::optional<double> parseNumber(const QString& text) {
-    bool ok = false;
-    const double value = QLocale::c().toDouble(text.trimmed(), &ok);
-    if (!ok || !std::isfinite(value))
-        return std::nullopt;
-    return value;
-}
 
 qint16 toInt16(double value) {
     return static_cast<qint16>(std::clamp<qint32>(roundHalfEven(value),

@@ -45,10 +45,14 @@ QLineEdit* PlatePanel::makeBox(const QString& objectName, const QString& accessi
                                int characters, std::function<void()> validate) {
     auto* box = new QLineEdit(this);
     box->setObjectName(objectName);
-    // The width the style gives a line edit whose text is `characters` digits.
+    // The width the style gives a line edit whose text is `characters` digits, with the line
+    // edit's own margin of 2 pixels each side of the text and room for the cursor, so that a
+    // value of that many digits shows whole instead of scrolled.
+    constexpr int InnerMargins = 2 * 2 + 1;
     QStyleOptionFrame option;
     option.initFrom(box);
-    const QSize text(box->fontMetrics().horizontalAdvance(QString(characters, u'0')),
+    option.lineWidth = style()->pixelMetric(QStyle::PM_DefaultFrameWidth, &option, box);
+    const QSize text(box->fontMetrics().horizontalAdvance(QString(characters, u'0')) + InnerMargins,
                      box->sizeHint().height());
     box->setFixedWidth(style()->sizeFromContents(QStyle::CT_LineEdit, &option, text, box).width());
     box->setAccessibleName(accessibleName);

@@ -421,6 +421,10 @@ void frmMain::closeDevices() {
 }
 
 void frmMain::takeUpNewSerialNumber() {
+    // The driver lets go of every plate: until the list is rebuilt no plate is selected, so no
+    // panel or tool can reach a released plate.
+    m_device = nullptr;
+    setPlatePanelsEnabled(false);
     runDeviceHandler(m_prompt, [this] {
         m_driver->ReleaseAll();
         cbxDevice->clear();

@@ -7,6 +7,7 @@
 #include "sim/ScenarioReader.h"
 #include "sim/SimDriver.h"
 #include "sim/frmSimBench.h"
+#include "support/FileLocations.h"
 #include "support/QtClock.h"
 
 #include <QApplication>
@@ -58,7 +59,8 @@ Options readOptions(int argc, char** argv) {
         print(stderr, parser.errorText() + u'\n');
         options.exitCode = 2;
     } else if (parser.isSet(help)) {
-        print(stdout, parser.helpText() + u'\n' + kx::ScenarioReader::formatHelp());
+        print(stdout, parser.helpText() + u'\n' + kx::fileLocationsHelp() + u'\n' +
+                          kx::ScenarioReader::formatHelp());
         options.exitCode = 0;
     } else if (parser.isSet(version)) {
         print(stdout, QCoreApplication::applicationName() + u' ' +

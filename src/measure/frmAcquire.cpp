@@ -398,6 +398,9 @@ void frmAcquire::cmdDisplay_Click() {
         cmdDrift->setEnabled(false);
         return;
     }
+    // The capture ends first, as by Capture OFF, so its segment reaches the table.
+    if (m_capture)
+        cmdCapture_Click();
     stopAcquisition();
     m_display = false;
     cmdDisplay->setText(text(DisplayOnCaption));
@@ -456,6 +459,8 @@ void frmAcquire::cmdDrift_Click() {
         if (!started)
             return;
         const qint32 samplesPerPoint = DriftAccumulator::samplesPerPointFor(rate);
+        // The display counted its samples here too: the first point starts from nothing.
+        m_accumulator.reset();
         m_accumulator.setSamplesPerPoint(samplesPerPoint);
         m_drift = true;
         cmdDrift->setText(text(DriftOffCaption));
@@ -503,6 +508,10 @@ void frmAcquire::optSignal_Click(int index) {
         return;
     for (StripChart* chart : KXIStripChart)
         chart->Clear();
+    // The limits shown belong to the cleared trace; the next autoscale writes new ones.
+    for (const auto& labels : {lblMax, lblMin})
+        for (QLabel* label : labels)
+            label->clear();
     applySignalSet(type);
 }
 
@@ -622,6 +631,13 @@ void frmAcquire::closeEvent(QCloseEvent* event) {
     // The table is being read by the save; the dialog closes once it is written.
     if (m_saving) {
         event->ignore();
+        return;
+    }
+    // The title-bar button leaves like cmdOK: captured rows are saved first, and a cancelled
+    // save keeps the window with its table.
+    if (m_table.rowCount() > 0) {
+        event->ignore();
+        cmdOK_Click();
         return;
     }
     ToolDialog::closeEvent(event);

@@ -3,13 +3,13 @@
 #include "measure/ZeroStatistics.h"
 #include "resources/StringTable.h"
 #include "support/NumberFormat.h"
+#include "support/NumberInput.h"
 #include "support/Rounding.h"
 
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLineEdit>
-#include <QLocale>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QStatusBar>
@@ -161,10 +161,10 @@ void frmZero::loading() {
 }
 
 void frmZero::cmdAcquire_Click() {
-    bool numeric = false;
-    const double duration = QLocale::c().toDouble(txtDuration->text().trimmed(), &numeric);
-    if (!numeric || !device())
+    const std::optional<double> typed = parseNumber(txtDuration->text());
+    if (!typed || !device())
         return;
+    const double duration = *typed;
     setButtonsEnabled(false);
     const qint32 samples = roundHalfEven(duration * static_cast<double>(m_frequency));
     ProgressBar1->setMaximum(samples);

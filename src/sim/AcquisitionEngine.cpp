@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace kx {
 
@@ -42,6 +43,7 @@ void AcquisitionEngine::start(Mode mode, qint32 samples, double hertz) {
     m_hertz = hertz;
     m_taken = 0;
     m_number = 0;
+    m_clipping = false;
     // A request for no samples still converts one: the converter always completes a cycle.
     m_wanted = std::max(samples, 1);
     m_progressStep = std::max(m_wanted / 10, 1);
@@ -58,8 +60,8 @@ void AcquisitionEngine::start(Mode mode, qint32 samples, double hertz) {
 
 void AcquisitionEngine::stop() {
     ++m_run;
+    stopCapture();
     m_mode = Mode::Idle;
-    m_capturing = false;
     m_pacer.reschedule();
 }
 
@@ -97,15 +99,18 @@ void AcquisitionEngine::takeDueSamples() {
     while (dueOffset(m_taken + 1) <= elapsed) {
         ++m_taken;
         const PlateSample sample = m_source(m_startSeconds + double(m_taken) / m_hertz);
-        if (sample.clipped) {
-            stop();
+        // Neither stops the stream: the reaction is the listener's. Clipping is told as a
+        // signal goes beyond range, an overrun each time the buffer has filled again.
+        if (sample.clipped && !std::exchange(m_clipping, true)) {
             Q_EMIT clipped();
-            return;
+            if (m_run != run)
+                return;
         }
-        if (m_hertz > MaxSustainedRate && m_taken >= BufferSamples) {
-            stop();
+        m_clipping = sample.clipped;
+        if (m_hertz > MaxSustainedRate && m_taken % BufferSamples == 0) {
             Q_EMIT overrun();
-            return;
+            if (m_run != run)
+                return;
         }
         deliver(sample);
         if (m_run != run)

@@ -45,7 +45,8 @@ public:
     // stopCapture hands them over in one testDone, after the call returns.
     void startCapture();
     void stopCapture();
-    // Ends the running acquisition quietly; a capture in progress is dropped.
+    // Ends the running acquisition; a capture in progress is handed over as by stopCapture,
+    // so nothing recorded is lost.
     void stop();
 
     bool isRunning() const { return m_mode != Mode::Idle; }
@@ -61,9 +62,9 @@ Q_SIGNALS:
     void zeroDone(qint32 samples, const kx::ChannelValues& average,
                   const kx::ChannelValues& deviation, const kx::ChannelValues& range);
     void testDone(qint32 count, const QList<kx::Float3>& forces, const QList<kx::Float3>& volts);
-    // The acquisition stopped because a signal went beyond the converter's range.
+    // A signal went beyond the converter's range; the acquisition goes on.
     void clipped();
-    // The acquisition stopped because the samples came faster than the link carries them.
+    // The samples come faster than the link carries them; the acquisition goes on.
     void overrun();
 
 private:
@@ -92,6 +93,7 @@ private:
     QList<Float3> m_forces;
     QList<Float3> m_volts;
     bool m_capturing = false;
+    bool m_clipping = false; // the last sample was clipped
 };
 
 } // namespace kx

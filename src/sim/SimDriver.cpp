@@ -98,6 +98,12 @@ SimPlate* SimDriver::addPlate(const SimPlateConfig& config) {
                                             int(m_plates.size()) + 1, this);
     plate->loads().setGravity(m_gravity);
     plate->setFaultHandler([this, p = plate.get()](PlateFault fault) { inject(*p, fault); });
+    plate->setSerialInUse([this, p = plate.get()](const QString& serial) {
+        return std::any_of(m_plates.begin(), m_plates.end(), [&](const auto& other) {
+            return other.get() != p && other->isPlugged() &&
+                   other->pendingSerial().compare(serial, Qt::CaseInsensitive) == 0;
+        });
+    });
     m_plates.push_back(std::move(plate));
     return m_plates.back().get();
 }
@@ -154,6 +160,8 @@ void SimDriver::inject(SimPlate& plate, PlateFault fault) {
         plate.unplug();
         if (listed)
             Q_EMIT PlateRemoved(plate.deviceId(), plate.serial());
+        // The bus changed: the list is rebuilt, as after a plate is plugged in.
+        enumerateLater();
         return;
     }
     case PlateFault::NotResponding:

@@ -53,7 +53,8 @@ public:
     // Every plate ever added, plugged in or not, by its present serial number.
     SimPlate* plate(const QString& serial) const;
     QList<SimPlate*> plates() const;
-    // Unplugging raises the plate's Removal, then PlateRemoved. Plugging in powers the plate
+    // Unplugging raises the plate's Removal, then PlateRemoved, and the remaining plates are
+    // listed again after the call returns. Plugging in powers the plate
     // up with its defaults and, once the driver has been opened, enumerates again.
     void unplug(const QString& serial);
     void plugIn(const QString& serial);
@@ -83,7 +84,7 @@ private:
     QList<SimPlate*> m_listed;
     QList<std::pair<int, int>> m_deviceIds;
     bool m_open = false;
-    int m_otherHids = 2;
+    int m_otherHids = 0;
     double m_gravity = DefaultSiteGravity;
 };
 

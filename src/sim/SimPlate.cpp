@@ -213,6 +213,16 @@ QString SimPlate::SerialNumber() {
 
 void SimPlate::SetSerialNumber(const QString& serial) {
     check("SetSerialNumber");
+    // Either would make a plate unreachable: a blank list entry, or two entries for one plate.
+    if (serial.trimmed().isEmpty())
+        throw PlateError(
+            QStringLiteral("The serial number of the force platform %1 cannot be empty.")
+                .arg(m_serial));
+    if (m_serialInUse && m_serialInUse(serial))
+        throw PlateError(
+            QStringLiteral("The serial number %1 is already used by another connected force "
+                           "platform.")
+                .arg(serial));
     // Stored at once, reported from the next enumeration on.
     m_writtenSerial = serial;
 }
@@ -480,12 +490,14 @@ void SimPlate::RequestEncoder() {
 void SimPlate::raise(PlateFault fault) {
     if (!isUsable())
         return;
-    stopConverting();
+    // A time-out means the stream is gone; an overrun or clipping leaves it running.
     switch (fault) {
     case PlateFault::ReadTimeout:
+        stopConverting();
         Q_EMIT ReadTimeout();
         break;
     case PlateFault::WriteTimeout:
+        stopConverting();
         Q_EMIT WriteTimeout();
         break;
     case PlateFault::BufferOverRun:

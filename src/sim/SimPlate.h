@@ -148,6 +148,13 @@ private:
     void setFaultHandler(std::function<void(PlateFault)> handler) {
         m_faultHandler = std::move(handler);
     }
+    // Tells whether another connected plate carries (or is about to carry) a serial number;
+    // SetSerialNumber refuses such a number, as it refuses an empty one.
+    void setSerialInUse(std::function<bool(const QString&)> inUse) {
+        m_serialInUse = std::move(inUse);
+    }
+    // The serial number the next enumeration reports.
+    QString pendingSerial() const { return m_writtenSerial.value_or(m_serial); }
 
     void check(const char* operation);
     bool isUsable() const { return m_plugged && m_responding && m_open; }
@@ -206,6 +213,7 @@ private:
 
     FailurePlan m_failures;
     std::function<void(PlateFault)> m_faultHandler;
+    std::function<bool(const QString&)> m_serialInUse;
     FaultSchedule m_faults;
     AcquisitionEngine m_engine;
 };

@@ -25,9 +25,12 @@ QString replaceField(const QString& format, QChar field, const QString& replacem
     return result;
 }
 
-QString shortDateFormat() {
-    return replaceField(QLocale().dateFormat(QLocale::ShortFormat), u'y', QStringLiteral("yyyy"));
+QString shortDateFormat(const QString& year = QStringLiteral("yyyy")) {
+    return replaceField(QLocale().dateFormat(QLocale::ShortFormat), u'y', year);
 }
+
+// Two-digit years fall in 1930 to 2029, the window Windows uses by default.
+constexpr int kFirstTwoDigitYear = 1930;
 
 } // namespace
 
@@ -36,7 +39,15 @@ QString formatShortDate(QDate date) {
 }
 
 QDate parseShortDate(const QString& text) {
-    return QLocale().toDate(text.trimmed(), shortDateFormat());
+    const QString trimmed = text.trimmed();
+    if (const QDate date = QLocale().toDate(trimmed, shortDateFormat()); date.isValid())
+        return date;
+    if (const QDate date = QDate::fromString(trimmed, Qt::ISODate); date.isValid())
+        return date;
+    QDate date = QLocale().toDate(trimmed, shortDateFormat(QStringLiteral("yy")));
+    if (date.isValid() && date.year() < kFirstTwoDigitYear)
+        date = date.addYears(100);
+    return date;
 }
 
 QString formatLongDate(QDate date) {

@@ -3,7 +3,9 @@
 #include "support/Folders.h"
 #include "support/SaveAtomically.h"
 
+#include <QByteArray>
 #include <QFile>
+#include <QList>
 #include <QStringList>
 #include <optional>
 #include <utility>
@@ -12,29 +14,60 @@ namespace kx {
 namespace {
 
 #ifdef Q_OS_WIN
-constexpr QStringView kNewFileLineEnd = u"\r\n";
+constexpr char kNewFileLineEnd[] = "\r\n";
 #else
-constexpr QStringView kNewFileLineEnd = u"\n";
+constexpr char kNewFileLineEnd[] = "\n";
 #endif
 
+// The file as lines: each one's bytes as they are (a CR before the "\n" included), so a write
+// gives back every line it does not change byte for byte, whatever its encoding, and each
+// one's text for matching.
 struct IniText {
-    QStringList lines;
-    QString lineEnd;
+    QList<QByteArray> raw;
+    QStringList lines; // without their line ends
+    QByteArray lineEnd = kNewFileLineEnd;
+    bool endsWithLineEnd = true;
+
+    void setLine(qsizetype i, const QString& text) {
+        raw[i] = text.toLocal8Bit() + (lineEnd == "\r\n" ? "\r" : "");
+        lines[i] = text;
+    }
+    void insertLine(qsizetype i, const QString& text) {
+        // A last line without its end gets one before the new line follows it.
+        if (i == raw.size() && !endsWithLineEnd && !raw.isEmpty() && lineEnd == "\r\n")
+            raw.last() += '\r';
+        raw.insert(i, {});
+        lines.insert(i, {});
+        setLine(i, text);
+        if (i == raw.size() - 1)
+            endsWithLineEnd = true;
+    }
+    QByteArray bytes() const {
+        QByteArray all = raw.join('\n');
+        if (!raw.isEmpty() && endsWithLineEnd)
+            all += '\n';
+        return all;
+    }
 };
 
-// The file's lines without their ends; nothing when it cannot be read.
+// The file's lines; nothing when it cannot be read.
 std::optional<IniText> readLines(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
-    const QString text = QString::fromLocal8Bit(file.readAll());
-    IniText ini{text.split(u'\n'),
-                text.contains(u"\r\n") ? QStringLiteral("\r\n") : kNewFileLineEnd.toString()};
-    if (ini.lines.last().isEmpty())
-        ini.lines.removeLast();
-    for (QString& line : ini.lines) {
+    const QByteArray bytes = file.readAll();
+    IniText ini;
+    if (bytes.contains("\r\n"))
+        ini.lineEnd = "\r\n";
+    ini.raw = bytes.split('\n');
+    ini.endsWithLineEnd = bytes.isEmpty() || bytes.endsWith('\n');
+    if (ini.raw.last().isEmpty())
+        ini.raw.removeLast();
+    for (const QByteArray& raw : std::as_const(ini.raw)) {
+        QString line = QString::fromLocal8Bit(raw);
         if (line.endsWith(u'\r'))
             line.chop(1);
+        ini.lines << line;
     }
     return ini;
 }
@@ -108,7 +141,7 @@ QString IniFile::value(const QString& section, const QString& key,
 }
 
 void IniFile::setValue(const QString& section, const QString& key, const QString& text) const {
-    IniText ini{{}, kNewFileLineEnd.toString()};
+    IniText ini;
     if (QFile::exists(m_path)) {
         std::optional<IniText> existing = readLines(m_path);
         if (!existing)
@@ -121,7 +154,7 @@ void IniFile::setValue(const QString& section, const QString& key, const QString
         for (qsizetype i = body->first; i < body->second; ++i) {
             const std::optional<QStringView> name = keyName(ini.lines[i]);
             if (name && sameName(*name, key)) {
-                ini.lines[i] = name->toString() + u'=' + text;
+                ini.setLine(i, name->toString() + u'=' + text);
                 insertAt = -1;
                 break;
             }
@@ -129,12 +162,13 @@ void IniFile::setValue(const QString& section, const QString& key, const QString
                 insertAt = i + 1;
         }
         if (insertAt >= 0)
-            ini.lines.insert(insertAt, key + u'=' + text);
+            ini.insertLine(insertAt, key + u'=' + text);
     } else {
-        ini.lines << u'[' + section + u']' << key + u'=' + text;
+        ini.insertLine(ini.raw.size(), u'[' + section + u']');
+        ini.insertLine(ini.raw.size(), key + u'=' + text);
     }
 
-    saveAtomically(m_path, (ini.lines.join(ini.lineEnd) + ini.lineEnd).toLocal8Bit());
+    saveAtomically(m_path, ini.bytes());
 }
 
 } // namespace kx

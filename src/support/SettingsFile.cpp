@@ -111,50 +111,82 @@ QString SettingsFile::location() {
            QStringLiteral("/Quentral/Plates Control Panel.reg");
 }
 
-std::optional<SettingsFile> SettingsFile::fromText(const QByteArray& bytes) {
-    QStringDecoder decoder(QStringDecoder::Utf8);
-    const QString text = decoder(bytes);
-    if (decoder.hasError())
-        return std::nullopt;
-
+SettingsFile SettingsFile::fromText(const QByteArray& bytes) {
     SettingsFile file;
-    std::optional<std::size_t> key;
     const QStringView rootName = kRootName;
-    for (QStringView line : QStringTokenizer(text, u'\n')) {
-        line = line.trimmed();
+    // The key the lines belong to; none before the first key line and after a skipped one.
+    std::optional<std::size_t> key;
+    bool underSkippedKey = false;
+    QByteArrayView rest = bytes;
+    if (rest.startsWith("\xEF\xBB\xBF"))
+        rest = rest.sliced(3);
+    while (!rest.isEmpty()) {
+        const qsizetype end = rest.indexOf('\n');
+        const QByteArrayView raw = end < 0 ? rest : rest.first(end);
+        rest = end < 0 ? QByteArrayView() : rest.sliced(end + 1);
+        // Kept as it came, a CR before the line end included, so a rewrite changes nothing.
+        const auto skip = [&] {
+            (key ? file.m_keys[*key].skipped : file.m_skippedAtTop).append(raw.toByteArray());
+        };
+
+        QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+        const QString decoded = decoder(raw);
+        if (decoder.hasError()) {
+            skip();
+            continue;
+        }
+        const QStringView line = QStringView(decoded).trimmed();
         if (line.isEmpty() || line.startsWith(u';'))
             continue;
         if (line.startsWith(u'[')) {
-            if (!line.endsWith(u']'))
-                return std::nullopt;
             // The root is a key too: values can be set there.
-            const QStringView path = line.sliced(1, line.size() - 2);
-            if (!path.startsWith(rootName, Qt::CaseInsensitive) ||
-                (path.size() > rootName.size() && path[rootName.size()] != u'\\'))
-                return std::nullopt;
-            const QString keyPath =
-                fullPath(SettingsRoot::CurrentUser, path.sliced(rootName.size()).toString());
-            if (keyPath.count(u'\\') > kMaxKeyDepth)
-                return std::nullopt;
+            const QStringView path =
+                line.endsWith(u']') ? line.sliced(1, line.size() - 2) : QStringView();
+            const bool isUserKey =
+                path.startsWith(rootName, Qt::CaseInsensitive) &&
+                (path.size() == rootName.size() || path[rootName.size()] == u'\\');
+            const QString keyPath = isUserKey ? fullPath(SettingsRoot::CurrentUser,
+                                                         path.sliced(rootName.size()).toString())
+                                              : QString();
+            if (!isUserKey || keyPath.count(u'\\') > kMaxKeyDepth) {
+                skip();
+                underSkippedKey = true;
+                continue;
+            }
             key = file.createKey(keyPath);
+            underSkippedKey = false;
             continue;
         }
         qsizetype pos = 0;
         const std::optional<QString> name = readQuoted(line, pos);
-        if (!key || !name || pos == line.size() || line[pos] != u'=')
-            return std::nullopt;
-        const std::optional<SettingValue> data = readData(line.sliced(pos + 1));
-        if (!data)
-            return std::nullopt;
+        const std::optional<SettingValue> data = name && pos < line.size() && line[pos] == u'='
+                                                     ? readData(line.sliced(pos + 1))
+                                                     : std::nullopt;
+        if (!key || underSkippedKey || !data) {
+            skip();
+            continue;
+        }
         setIn(file.m_keys[*key], *name, *data);
     }
     return file;
 }
 
+QList<QByteArray> SettingsFile::skippedLines() const {
+    QList<QByteArray> lines = m_skippedAtTop;
+    for (const Key& key : m_keys)
+        lines += key.skipped;
+    return lines;
+}
+
 QByteArray SettingsFile::toText() const {
-    QString text = QStringLiteral("; KX Force Platforms Control Panel user settings\n");
+    QByteArray bytes = "; KX Force Platforms Control Panel user settings\n";
+    const auto appendSkipped = [&bytes](const QList<QByteArray>& lines) {
+        for (const QByteArray& line : lines)
+            bytes += line + '\n';
+    };
+    appendSkipped(m_skippedAtTop);
     for (const Key& key : m_keys) {
-        text += QStringLiteral("\n[") + key.path + QStringLiteral("]\n");
+        QString text = QStringLiteral("\n[") + key.path + QStringLiteral("]\n");
         for (const Value& value : key.values) {
             text += quoted(value.name) + u'=';
             if (const QString* data = std::get_if<QString>(&value.data))
@@ -165,8 +197,10 @@ QByteArray SettingsFile::toText() const {
                                                  8, 16, QLatin1Char('0'));
             text += u'\n';
         }
+        bytes += text.toUtf8();
+        appendSkipped(key.skipped);
     }
-    return text.toUtf8();
+    return bytes;
 }
 
 std::optional<SettingValue> SettingsFile::value(SettingsRoot root, const QString& keyPath,
@@ -209,7 +243,7 @@ std::size_t SettingsFile::createKey(const QString& path) {
          end = path.lastIndexOf(u'\\', end - 1))
         missingEnds.push_back(end);
     for (auto end = missingEnds.rbegin(); end != missingEnds.rend(); ++end)
-        m_keys.push_back({path.left(*end), {}});
+        m_keys.push_back({path.left(*end), {}, {}});
     return m_keys.size() - 1;
 }
 

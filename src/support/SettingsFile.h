@@ -4,6 +4,7 @@
 #include "support/SettingsStore.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
 #include <optional>
 #include <vector>
@@ -21,18 +22,25 @@ namespace kx {
 //
 // A text is quoted, with "\\", "\"", "\n" and "\r" escaped; a number is "dword:" and eight
 // hexadecimal digits, read back as a signed 32-bit integer. Blank lines and lines starting
-// with ";" are ignored. Key paths and value names are matched without regard to case; a key
-// exists whether or not it holds values, and setting a value creates its key and every
-// missing level above it, as the registry does. As there, keys nest at most 512 levels deep.
+// with ";" are ignored. A line that does not parse (not UTF-8, a value outside a key, a key
+// that is not the user's) is skipped, and so is every value under a skipped key line; the
+// skipped lines are kept byte for byte and written again after the values of the key they
+// followed, so a hand edit gone wrong costs neither the other settings nor itself. Key paths and
+// value names are matched without regard to case; a key exists whether or not it holds values, and
+// setting a value creates its key and every missing level above it, as the registry does. As there,
+// keys nest at most 512 levels deep.
 class SettingsFile {
 public:
     // $KX_SETTINGS_FILE when set, else "Quentral/Plates Control Panel.reg" in the user's
     // configuration folder (XDG config home).
     static QString location();
 
-    // The store the text holds, or nothing when it is not a settings file.
-    static std::optional<SettingsFile> fromText(const QByteArray& text);
+    // The store the text holds, with the lines that could not be read set aside.
+    static SettingsFile fromText(const QByteArray& text);
     QByteArray toText() const;
+
+    // The lines fromText() skipped, without their "\n", in file order.
+    QList<QByteArray> skippedLines() const;
 
     std::optional<SettingValue> value(SettingsRoot root, const QString& keyPath,
                                       const QString& valueName) const;
@@ -47,6 +55,7 @@ private:
     struct Key {
         QString path; // with its root: "HKEY_CURRENT_USER\Software\..."
         std::vector<Value> values;
+        QList<QByteArray> skipped; // unreadable lines that followed this key's line
     };
 
     std::optional<std::size_t> findKey(const QString& path) const;
@@ -54,7 +63,8 @@ private:
 
     static void setIn(Key& key, const QString& valueName, const SettingValue& value);
 
-    std::vector<Key> m_keys; // in the order of creation
+    std::vector<Key> m_keys;          // in the order of creation
+    QList<QByteArray> m_skippedAtTop; // unreadable lines before the first key
 };
 
 } // namespace kx

@@ -14,11 +14,11 @@ constexpr qsizetype kQueryBufferSize = 512;
 
 struct LoadedFile {
     SettingsFile settings;
-    bool damaged = false; // the file exists but holds no readable settings
+    bool unreadable = false; // it exists but could not be opened (its permissions, say)
 };
 
-// Says once per damaged file, not at every read, that its settings are not used.
-void warnDamaged(const QString& path) {
+// Says once per state of a file, not at every read, what of it is not used.
+void warnOnce(const QString& path, const char* what) {
     static QString warnedAbout;
     const QFileInfo info(path);
     const QString identity = path + u'|' + QString::number(info.size()) + u'|' +
@@ -26,31 +26,21 @@ void warnDamaged(const QString& path) {
     if (identity == warnedAbout)
         return;
     warnedAbout = identity;
-    qWarning("User settings file %s cannot be read; defaults are used, and the file will be kept "
-             "as %s.<date-time>.corrupt when settings are next saved.",
-             qUtf8Printable(path), qUtf8Printable(path));
+    qWarning("User settings file %s: %s", qUtf8Printable(path), what);
 }
 
 LoadedFile load(const QString& path) {
     QFile file(path);
     if (!file.exists())
         return {};
-    if (file.open(QIODevice::ReadOnly)) {
-        if (std::optional<SettingsFile> parsed = SettingsFile::fromText(file.readAll()))
-            return {std::move(*parsed), false};
+    if (!file.open(QIODevice::ReadOnly)) {
+        warnOnce(path, "cannot be opened; defaults are used and the file is left as it is.");
+        return {{}, true};
     }
-    warnDamaged(path);
-    return {{}, true};
-}
-
-// Moves a damaged file out of the way of the next write; false when it cannot be moved.
-bool keepAside(const QString& path) {
-    const QString stem =
-        path + u'.' + QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss"));
-    QString aside = stem + QStringLiteral(".corrupt");
-    for (int n = 2; QFileInfo::exists(aside); ++n)
-        aside = stem + u'-' + QString::number(n) + QStringLiteral(".corrupt");
-    return QFile::rename(path, aside);
+    SettingsFile settings = SettingsFile::fromText(file.readAll());
+    if (!settings.skippedLines().isEmpty())
+        warnOnce(path, "lines that cannot be read are skipped; they are kept in the file.");
+    return {std::move(settings), false};
 }
 
 } // namespace
@@ -72,7 +62,7 @@ void writeSettingValue(SettingsRoot root, const QString& keyPath, const QString&
                        const SettingValue& value) {
     const QString path = SettingsFile::location();
     LoadedFile file = load(path);
-    if (file.damaged && !keepAside(path))
+    if (file.unreadable)
         return; // never overwrite settings that could not be read
     file.settings.setValue(root, keyPath, valueName, value);
     QDir().mkpath(QFileInfo(path).absolutePath());

@@ -18,7 +18,8 @@ TEST(PlatformLine, NamesLinuxWithItsKernelAndWindowsWithItsVersion) {
 
 TEST(PlateInput, NumbersUseThePointAndWholeNumbersRoundHalfToEvenAndSaturate) {
     EXPECT_EQ(parseNumber(QStringLiteral(" 2.358 ")), 2.358);
-    for (const char* text : {"", "abc", "1,5", "12abc", "inf", "nan", "1e999"})
+    // A comma is never a group separator: "1,500" is not 1500.
+    for (const char* text : {"", "abc", "1,5", "1,500", "1,000.5", "12abc", "inf", "nan", "1e999"})
         EXPECT_FALSE(parseNumber(QString::fromLatin1(text)).has_value()) << text;
     EXPECT_EQ(toInt16(2.5), 2);
     EXPECT_EQ(toInt16(3.5), 4);

@@ -27,7 +27,7 @@ TEST_F(MainWindowList, LoadShowsTheSplashUntilTheFirstListHasArrived) {
 
     EXPECT_EQ(entries(), (QStringList{Fw2Plate, Fw1Plate}));
     EXPECT_EQ(window->StatusBar1Panel2->text(),
-              QStringLiteral("2 Plates Installed - 4 HID devices"));
+              QStringLiteral("2 Plates Installed - 2 HID devices"));
     EXPECT_EQ(text(QStringLiteral("txtSerialNumber")), Fw2Plate);
     // The list update ends with the sound, then the beep.
     const qsizetype sound =
@@ -113,12 +113,39 @@ TEST_F(MainWindowList, UnpluggingClearsTheSelectionOnlyWhenItWasThatPlate) {
     clock.settle();
     EXPECT_EQ(window->selectedDevice(), plate(Fw1Plate));
 
+    EXPECT_EQ(window->StatusBar1Panel2->text(),
+              QStringLiteral("1 Plates Installed - 1 HID devices"));
+
     sim->unplug(Fw1Plate);
     clock.settle();
     EXPECT_TRUE(entries().isEmpty());
     EXPECT_EQ(window->cbxDevice->currentIndex(), -1);
     EXPECT_EQ(window->selectedDevice(), nullptr);
     EXPECT_FALSE(window->frmConverter->isEnabled());
+    EXPECT_EQ(window->StatusBar1Panel2->text(),
+              QStringLiteral("0 Plates Installed - 0 HID devices"));
+}
+
+TEST_F(MainWindowList, CloseDevicesLeavesEveryPlateAt24Bits) {
+    start();
+    for (const QString& serial : {Fw2Plate, Fw1Plate})
+        plate(serial)->SetResolution(16);
+    window->cmdDevClose->click();
+    for (const QString& serial : {Fw2Plate, Fw1Plate})
+        EXPECT_EQ(plate(serial)->Resolution(), 24) << serial.toStdString();
+    EXPECT_TRUE(entries().isEmpty());
+    EXPECT_FALSE(window->frmConverter->isEnabled());
+}
+
+// The driver lists the plates again after an unplug, and that update selects entry 0.
+TEST_F(MainWindowList, UnpluggingTheSelectedPlateSelectsTheFirstRemainingOne) {
+    start();
+    sim->unplug(Fw2Plate);
+    clock.settle();
+    EXPECT_EQ(entries(), QStringList{Fw1Plate});
+    EXPECT_EQ(window->selectedDevice(), plate(Fw1Plate));
+    EXPECT_EQ(text(QStringLiteral("txtSerialNumber")), Fw1Plate);
+    EXPECT_TRUE(window->frmConverter->isEnabled());
 }
 
 TEST_F(MainWindowList, RemovalTakesOnlyTheFirstOfTwoEqualNeighbours) {

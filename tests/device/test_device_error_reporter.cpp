@@ -4,6 +4,7 @@
 #include "support/ManualClock.h"
 
 #include <gtest/gtest.h>
+#include <optional>
 
 namespace kx {
 namespace {
@@ -65,6 +66,43 @@ protected:
     int openBoxes = 0;
     int maxOpenBoxes = 0;
 };
+
+// Which reactions stop the window's own run and which abort the plate's acquisition, in that
+// order, for time-outs and for overrun or clipping; nothing: the events are not handled.
+TEST(DeviceErrorProfiles, StopAndAbortWhereEachWindowDoes) {
+    using R = ReactionStep;
+    using Steps = std::optional<QList<R>>;
+    const struct {
+        int block;
+        Steps timeouts;
+        Steps faults;
+    } cases[] = {
+        {s::ZeroBlock, QList{R::Stop, R::Abort}, QList{R::Stop, R::Abort}},
+        {s::MeterBlock, QList{R::Stop}, QList<R>{}},
+        {s::ScaleBlock, QList{R::Stop, R::Abort}, QList{R::Stop, R::Abort}},
+        {s::AcquireBlock, QList{R::Stop}, QList{R::Stop}},
+        {s::NoiseBlock, QList{R::Stop, R::Abort}, std::nullopt},
+        {s::CalibrateBlock, QList{R::Abort}, QList{R::Abort}},
+        {s::PlateInfoExBlock, QList<R>{}, std::nullopt},
+        {s::ProgramIdBlock, std::nullopt, std::nullopt},
+        {s::EncoderBlock, std::nullopt, std::nullopt},
+    };
+    const auto stopping = [](const DeviceErrorReaction& reaction) -> Steps {
+        if (reaction.steps.isEmpty())
+            return std::nullopt;
+        QList<R> kept;
+        for (R step : reaction.steps) {
+            if (step == R::Stop || step == R::Abort)
+                kept << step;
+        }
+        return kept;
+    };
+    for (const auto& c : cases) {
+        const DeviceErrorProfile profile = deviceErrorProfile(c.block);
+        EXPECT_EQ(stopping(profile.timeouts), c.timeouts) << c.block;
+        EXPECT_EQ(stopping(profile.faults), c.faults) << c.block;
+    }
+}
 
 struct ReactionCase {
     const char* name;

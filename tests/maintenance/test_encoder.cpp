@@ -33,8 +33,16 @@ TEST_F(Encoder, PollsShowsEachAnswerAsAPlainIntegerAndStopsWhenClosed) {
     EXPECT_EQ(answers.size(), 10);
 }
 
+TEST_F(Encoder, CaptionsComeFromTheirResources) {
+    const auto& d = openDialog(plate);
+    EXPECT_EQ(d.Label2->text(), QStringLiteral("Encoder value:"));
+    EXPECT_EQ(d.cmdOK->text(), QStringLiteral("&OK"));
+    EXPECT_EQ(d.windowTitle(), QStringLiteral("KX Force Platforms Control Panel - Encoder Read"));
+}
+
 TEST_F(Encoder, WithoutAPlateNothingIsAsked) {
-    openDialog(nullptr);
+    const auto& d = openDialog(nullptr);
+    EXPECT_FALSE(d.Timer1->isEnabled()) << "the poll timer runs only with a plate";
     clock.advance(20 * Period);
     EXPECT_TRUE(answers.isEmpty());
     EXPECT_TRUE(prompt.messages.isEmpty());

@@ -35,6 +35,19 @@ private:
     QLocale m_savedLocale;
 };
 
+// Each caption from its own resource: a neighbour's number would show a neighbour's text.
+TEST_F(PlateInfoEx, EveryCaptionComesFromItsOwnResource) {
+    const frmPlateInfoEx& d = open(plate, true);
+    const std::pair<QString, const char*> captions[] = {
+        {d.cmdResetTemp->text(), "Reset &Temp"},
+        {d.cmdResetEnum->text(), "Reset &Enum"},
+        {d.cmdResetTime->text(), "Reset &Time"},
+        {d.lblTMax->text(), "Max Device Temperature:"},
+    };
+    for (const auto& [shown, expected] : captions)
+        EXPECT_EQ(shown, QString::fromUtf8(expected));
+}
+
 TEST_F(PlateInfoEx, ShowsTheRecordAndForgetsItForAPlateWithoutValidDates) {
     plate->SetOperatorRecord2(QStringLiteral("J. Doe"),
                               QDateTime(QDate(2024, 1, 31), QTime(15, 4, 5)));

@@ -7,6 +7,7 @@
 #include "support/SettingsKeys.h"
 
 #include <QCoreApplication>
+#include <QDeadlineTimer>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
@@ -43,10 +44,13 @@ protected:
 
     StripChart& chart(int i) const { return *dialog->KXIStripChart[static_cast<std::size_t>(i)]; }
 
-    // Runs the event loop until the background save is over.
+    // Runs the event loop until the background save is over. A save that never ends fails
+    // the test instead of hanging it; the minute is a guard, far above any real save here.
     void waitForSave() {
-        while (dialog->saving())
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        const QDeadlineTimer guard(std::chrono::minutes(1));
+        while (dialog->saving() && !guard.hasExpired())
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
+        ASSERT_FALSE(dialog->saving()) << "the capture save hangs";
     }
 
     SimPlate& plate = openDefaultPlates();

@@ -117,6 +117,68 @@ TEST_F(AcquireCapture, CancelledOrFailedSavesKeepTheDialogAndItsTable) {
         << "no temporary file left behind";
 }
 
+// The status texts are rewritten when more than the text period (200 ms) has passed since the
+// last time, not when exactly that much has.
+TEST_F(AcquireCapture, StatusTextsWaitMoreThanOneTextPeriod) {
+    open();
+    dialog->cmdDisplay->click();
+    dialog->cmdCapture->click();
+    clock.advance(1); // sample 1 of the capture: the first refresh
+    EXPECT_EQ(dialog->lblSample->text(), QStringLiteral("1"));
+    EXPECT_EQ(dialog->lblTime->text(), QStringLiteral("0.00 s"));
+    clock.advance(200);
+    EXPECT_EQ(dialog->lblSample->text(), QStringLiteral("1")) << "exactly one period later";
+    clock.advance(1);
+    EXPECT_EQ(dialog->lblSample->text(), QStringLiteral("202"));
+    EXPECT_EQ(dialog->lblTime->text(), QStringLiteral("0.20 s"));
+    // 202 samples over 202 + 1 ms since the capture began.
+    EXPECT_EQ(dialog->lblFreq->text(), QStringLiteral("995.07 Hz"));
+}
+
+// Switching the display off under a capture ends the capture as Capture OFF would: the
+// segment reaches the table and the next display starts with a usable capture button.
+TEST_F(AcquireCapture, DisplayOffEndsTheCaptureAndKeepsItsSegment) {
+    open();
+    dialog->cmdDisplay->click();
+    dialog->cmdCapture->click();
+    clock.advance(400);
+    dialog->cmdDisplay->click();
+    clock.settle();
+    EXPECT_FALSE(dialog->capturing());
+    EXPECT_EQ(dialog->cmdCapture->text(), strings::text(4030));
+    EXPECT_EQ(dialog->lblCapture->text(), strings::text(4310));
+    EXPECT_EQ(chart(0).TraceColor(), QColor(0, 255, 0));
+    EXPECT_EQ(dialog->captureTable().rowCount(), 1 + 400);
+
+    dialog->cmdDisplay->click();
+    capture(100);
+    EXPECT_EQ(dialog->captureTable().rowCount(), 1 + 400 + 1 + 100);
+}
+
+TEST_F(AcquireCapture, TitleBarCloseSavesLikeCancelAndACancelledSaveKeepsTheWindow) {
+    open();
+    dialog->close(); // an empty table: closes at once
+    EXPECT_FALSE(dialog->isVisible());
+    EXPECT_TRUE(prompt.dialogs.empty());
+
+    open();
+    const int unloadsBefore = unloads;
+    dialog->cmdDisplay->click();
+    capture(200);
+    dialog->close(); // no answer queued: the user cancels the save
+    EXPECT_EQ(prompt.dialogs.size(), 1u);
+    EXPECT_TRUE(dialog->isVisible());
+    EXPECT_EQ(dialog->captureTable().rowCount(), 201);
+    EXPECT_EQ(unloads, unloadsBefore);
+
+    const QString file = path("closed.txt");
+    prompt.fileAnswers.push_back(file);
+    dialog->close();
+    waitForSave();
+    EXPECT_FALSE(dialog->isVisible());
+    EXPECT_EQ(lines(file).size(), 1 + 201);
+}
+
 TEST_F(AcquireCapture, DriftAveragesOneSecondPerPointAt1000Hz) {
     setNumber("Display Type", 0);
     open();
@@ -146,6 +208,21 @@ TEST_F(AcquireCapture, DriftAveragesOneSecondPerPointAt1000Hz) {
     dialog->cmdDrift->click();
     EXPECT_TRUE(dialog->cmdDisplay->isEnabled());
     EXPECT_EQ(dialog->lblCapture->text(), strings::text(4310));
+}
+
+// The display counts its samples in the drift accumulator; drift starts on an empty one, so
+// its first point averages a whole second.
+TEST_F(AcquireCapture, DriftAfterTheDisplayStartsItsFirstPointFromNothing) {
+    open();
+    dialog->cmdDisplay->click();
+    clock.advance(600);
+    dialog->cmdDisplay->click();
+    dialog->cmdDrift->click();
+    dialog->cmdCapture->click();
+    clock.advance(999);
+    EXPECT_TRUE(dialog->captureTable().isEmpty());
+    clock.advance(1);
+    EXPECT_EQ(dialog->captureTable().rowCount(), 1);
 }
 
 // A converter with a slow modulator samples at 0.4 Hz: samplesPerPoint rounds to 0, so every

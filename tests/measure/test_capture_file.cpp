@@ -51,6 +51,8 @@ CaptureTable twoSegments() {
     table.append(CaptureRow{{0, 0, 0}, {-500, 1, 1}, {-500, 0, 0}});
     const Float3 forces{-600, -6, 6};
     table.append(CaptureRow{{-1.5f, 0, 0}, forces, posturalOf(forces, kMinFz)});
+    // Exactly at the threshold counts as unloaded: "below" is strict.
+    table.append(CaptureRow{{1, 1, 1}, {kMinFz, 0, 0}, {kMinFz, 0.5f, 0.5f}});
     return table;
 }
 
@@ -66,7 +68,9 @@ TEST(CaptureFile, SegmentsSeparatorsTimesAndUnloadedCentreOfPressure) {
                        "40.000000, 0.050000, 0.000000",
                        kSeparator,
                        "0.001000, -1.500000, 0.000000, 0.000000, -600.000000, -6.000000, "
-                       "6.000000, 0.010000, 0.010000"}));
+                       "6.000000, 0.010000, 0.010000",
+                       "0.002000, 1.000000, 1.000000, 1.000000, -2.500000, 0.000000, "
+                       "0.000000, NaN, NaN"}));
 }
 
 TEST(CaptureFile, DriftRowsAreTimedAsSingleSamples) {
@@ -163,7 +167,7 @@ TEST(CaptureFile, LoadsUnchangedWithNumpy) {
                            path});
     ASSERT_TRUE(process.waitForFinished(60'000));
     EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
-    EXPECT_EQ(process.readAllStandardOutput().trimmed(), "4 9 2 -800.0");
+    EXPECT_EQ(process.readAllStandardOutput().trimmed(), "5 9 4 -800.0");
 }
 
 CaptureTable manyRows(int count) {

@@ -89,10 +89,11 @@ TEST_F(MeterTest, SlowAndFastRefreshAtMostEvery400And100Ms) {
 }
 
 TEST_F(MeterTest, APlateWithoutSerialNumberShowsNotPresent) {
-    plate.SetSerialNumber(QString());
-    driver.Refresh();
-    clock.settle();
-    openDialog(&plate);
+    // Fresh from the factory: the library refuses to write an empty number, but a plate may
+    // come without one.
+    SimPlate* blank = addPlate(QString());
+    openPlates();
+    openDialog(blank);
     EXPECT_EQ(dialog->lblSerialNumber->text(), "Not Present");
 }
 
@@ -106,6 +107,12 @@ TEST_F(MeterTest, ClippingAndOverrunMarkTheLabelWithoutAMessageATimeOutEndsTheDi
     driver.inject("20418", PlateFault::BufferOverRun);
     EXPECT_EQ(dialog->lblError->text(), "Overrun!");
     EXPECT_TRUE(prompt.messages.isEmpty());
+    // The meter keeps streaming under its flag.
+    int samples = 0;
+    QObject::connect(&plate, &PlateDevice::ForcesIn, dialog.get(), [&] { ++samples; });
+    clock.advance(100);
+    EXPECT_TRUE(displaying());
+    EXPECT_GT(samples, 0);
     driver.inject("20418", PlateFault::WriteTimeout);
     EXPECT_EQ(prompt.messages, QStringList{strings::text(2940)});
     EXPECT_FALSE(displaying());

@@ -51,12 +51,20 @@ protected:
 };
 
 TEST_F(ZeroTest, ADurationThatIsNoNumberStartsNothing) {
-    open(&plate, QStringLiteral("abc"));
-    ZeroRecorder zeros(plate);
-    dialog->cmdAcquire->click();
-    EXPECT_TRUE(idle());
-    clock.advance(10000);
-    EXPECT_TRUE(zeros.samples.isEmpty());
+    for (const char* typed : {"abc", "1,5"}) {
+        open(&plate, QLatin1String(typed));
+        ZeroRecorder zeros(plate);
+        dialog->cmdAcquire->click();
+        EXPECT_TRUE(idle()) << typed;
+        clock.advance(10000);
+        EXPECT_TRUE(zeros.samples.isEmpty()) << typed;
+    }
+}
+
+TEST_F(ZeroTest, WithoutAPlateItSaysSoAndCannotAcquire) {
+    open(nullptr);
+    EXPECT_EQ(dialog->lblFreqTxt->text(), QStringLiteral("No Platform"));
+    EXPECT_FALSE(dialog->cmdAcquire->isEnabled());
 }
 
 TEST_F(ZeroTest, HalfASecondAt1000HzAsksFor500SamplesAndShowsEveryChannel) {

@@ -22,6 +22,14 @@ TEST(MeterReadout, LinesCarryTheSignAndSixDecimals) {
     EXPECT_EQ(meterLine(3, -0.0000004), QStringLiteral("Ch3 +0.000000 VDC"));
 }
 
+// The meter writes these codes as zero values: mid-scale of the offset-binary codes on
+// firmware 1.x, 0 for the signed codes of firmware 2.x and later.
+TEST(MeterReadout, ZeroCodesFollowTheFirmware) {
+    const std::pair<int, qint32> cases[] = {{0, 8388608}, {1, 8388608}, {2, 0}, {3, 0}};
+    for (const auto& [firmware, codes] : cases)
+        EXPECT_EQ(meterZeroCodes(firmware), codes) << firmware;
+}
+
 TEST(ZeroStatistics, SignalToNoiseDependsOnTheFirmware) {
     struct Case {
         double deviation;

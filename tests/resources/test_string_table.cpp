@@ -120,6 +120,19 @@ TEST(StringTable, TextsAreExactIncludingMnemonicsBreaksAndKeptSpellings) {
         {noise::Of, " of "},
         {calibrate::CTemp, "T (°C):"},
         {8950, "Error: Signal Too Noisy!\n\n\n\nTry the acquisition again."},
+        // The device texts every block shares, as the acquisition block words them.
+        {4900, "Error: A/D Buffer Overrun!\n\nTry the acquisition again.\n\nIf the problem "
+               "persists, the selected\nsamping frequency might be too high.\nTry selecting a "
+               "lower sampling frequency."},
+        {4910, "Error: A/D Signals Clipped!\n\nTry the acquisition again."},
+        {4920, "The Force Platform Has Been Disconnected!!!\n\nThis window will now Close!"},
+        {4930, "Error: Time-out while reading from the platform!\n\nIf the problem persists, "
+               "close this window and\ntry unplugging and then re-plugging the platform\n\nIf "
+               "the problem continues, try restarting the computer and\nmake sure no other "
+               "application (including any antivirus application) is running."},
+        {1910, "Error: A/D Signals Clipped!\n\nMake sure nothing is in contact with the "
+               "plate\nand try the acquisition again.\n\nIf the problem persists, check the "
+               "bridges' trim."},
     };
     for (const auto& [id, expected] : cases)
         EXPECT_EQ(text(id), QString::fromUtf8(expected)) << id;

@@ -85,7 +85,9 @@ TEST(SimDriver, OpenDevicesEnumeratesAfterTheCallReturns) {
     EXPECT_EQ(driver.Count(), 0);
     clock.settle();
     EXPECT_EQ(list.take(), FullList);
-    EXPECT_EQ(driver.HIDs(), 4); // two plates, a keyboard and a mouse
+    EXPECT_EQ(driver.HIDs(), 2) << "other HID devices only where a scenario puts them";
+    driver.setOtherHidDevices(2); // a keyboard and a mouse
+    EXPECT_EQ(driver.HIDs(), 4);
     EXPECT_EQ(driver.Item(1)->FirmwareMajor(), 2);
     EXPECT_EQ(driver.Item(QStringLiteral("11093")), driver.Item(2));
     EXPECT_EQ(driver.Item(3), nullptr);
@@ -111,6 +113,9 @@ TEST(SimDriver, UnplugRaisesRemovalThenPlateRemovedAndReplugReusesThePlate) {
     EXPECT_EQ(order, (QStringList{"removal", "plate removed"}));
     EXPECT_EQ(list.take(), QStringList{"removed 20418"});
     EXPECT_EQ(bench.driver.Count(), 1);
+    bench.clock.settle();
+    EXPECT_EQ(list.take(), (QStringList{"begin", "arrived 11093", "done"}))
+        << "the remaining plates are listed again";
 
     // The object stays valid; its operations fail, except the ones dialogs call while closing.
     EXPECT_THROW(plate->StartZero(10, true), PlateError);
@@ -161,15 +166,18 @@ TEST(SimDriver, NotRespondingPlateIsReportedAndLeftOutUntilReplugged) {
     EXPECT_NO_THROW(plate->SampleFrequency(Which::Current));
 }
 
-TEST(SimFaults, EachDeviceFaultStopsTheAcquisitionAndRaisesItsEvent) {
+// A time-out or a removal ends the stream; an overrun or clipping only reports, and the
+// dialog decides whether to stop.
+TEST(SimFaults, EachDeviceFaultRaisesItsEventAndOnlyTimeOutsAndRemovalStopTheStream) {
     const struct {
         PlateFault fault;
         const char* event;
-    } cases[] = {{PlateFault::ReadTimeout, "ReadTimeout"},
-                 {PlateFault::WriteTimeout, "WriteTimeout"},
-                 {PlateFault::BufferOverRun, "BufferOverRun"},
-                 {PlateFault::DataClipped, "DataClipped"},
-                 {PlateFault::Unplug, "Removal"}};
+        size_t samplesAfter;
+    } cases[] = {{PlateFault::ReadTimeout, "ReadTimeout", 10},
+                 {PlateFault::WriteTimeout, "WriteTimeout", 10},
+                 {PlateFault::BufferOverRun, "BufferOverRun", 110},
+                 {PlateFault::DataClipped, "DataClipped", 110},
+                 {PlateFault::Unplug, "Removal", 10}};
     for (const auto& c : cases) {
         SimBench bench;
         SimPlate& plate = bench.plate("20418");
@@ -180,7 +188,7 @@ TEST(SimFaults, EachDeviceFaultStopsTheAcquisitionAndRaisesItsEvent) {
         bench.driver.inject(QStringLiteral("20418"), c.fault);
         EXPECT_EQ(faults.events, QStringList{c.event});
         bench.clock.advance(1000);
-        EXPECT_EQ(samples.samples.size(), 10u) << c.event;
+        EXPECT_EQ(samples.samples.size(), c.samplesAfter) << c.event;
     }
 }
 
@@ -199,7 +207,7 @@ TEST(SimFaults, ScheduledFaultsFireAtTheirTickOrSampleCount) {
     bench.clock.advance(1000);
     ASSERT_EQ(faults.events, QStringList{"BufferOverRun"});
     EXPECT_EQ(faults.ticks[0], start + 300 + 500);
-    EXPECT_EQ(samples.samples.back().number, 50);
+    EXPECT_EQ(samples.samples.back().number, 100) << "the overrun leaves the stream running";
 
     bench.clock.advance(2000);
     ASSERT_EQ(faults.events, (QStringList{"BufferOverRun", "WriteTimeout"}));
@@ -211,7 +219,7 @@ TEST(SimFaults, ScheduledFaultsFireAtTheirTickOrSampleCount) {
     plate.StartAcquisition(true, false, true, false, true);
     bench.clock.advance(1000);
     EXPECT_EQ(faults.events.back(), "Removal");
-    EXPECT_EQ(list.take(), QStringList{"removed 20418"});
+    EXPECT_EQ(list.take(), (QStringList{"removed 20418", "begin", "arrived 11093", "done"}));
 }
 
 TEST(SimFaults, PlannedFailuresAndBadArgumentsThrowWithTheirMessage) {

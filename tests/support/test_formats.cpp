@@ -6,8 +6,8 @@
 
 #include <QLocale>
 #include <bit>
-#include <cstdint>
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <gtest/gtest.h>
 #include <limits>
@@ -177,8 +177,9 @@ TEST(AppendFixed, SinglesMatchTheirExactExpansionRoundedTwice) {
     std::uniform_int_distribution<int> decimalsOf(0, 9);
     char buffer[kx::kMaxNumberChars];
     for (int i = 0; i < 400000; ++i) {
-        float value = i % 2 ? std::bit_cast<float>(bits(random))
-                            : std::ldexp(static_cast<float>(mantissa(random)), -binaryPlaces(random));
+        float value = i % 2
+                          ? std::bit_cast<float>(bits(random))
+                          : std::ldexp(static_cast<float>(mantissa(random)), -binaryPlaces(random));
         if (i % 3 == 0)
             value = -value;
         const int decimals = i % 4 ? 6 : decimalsOf(random);
@@ -231,8 +232,19 @@ TEST(DateFormat, FollowsTheUserLocaleAndReadsBackWithTheCentury) {
     EXPECT_EQ(kx::formatLongTime(QTime(15, 4, 5)), "3:04:05 PM");
     for (const QDate date : {QDate(1999, 12, 31), QDate(2031, 7, 4)})
         EXPECT_EQ(kx::parseShortDate(kx::formatShortDate(date)), date);
-    EXPECT_EQ(kx::parseShortDate(" 3/9/2025 "), QDate(2025, 3, 9));
-    EXPECT_FALSE(kx::parseShortDate("not a date").isValid());
+    const std::pair<const char*, QDate> read[] = {
+        {" 3/9/2025 ", QDate(2025, 3, 9)},
+        {"2026-11-23", QDate(2026, 11, 23)},
+        {"11/23/26", QDate(2026, 11, 23)},
+        {"1/1/29", QDate(2029, 1, 1)},
+        {"12/31/30", QDate(1930, 12, 31)},
+        {"2/29/24", QDate(2024, 2, 29)},
+        {"not a date", QDate()},
+        {"2026-13-01", QDate()},
+        {"2/30/2024", QDate()},
+    };
+    for (const auto& [text, expected] : read)
+        EXPECT_EQ(kx::parseShortDate(QString::fromLatin1(text)), expected) << text;
 }
 
 } // namespace
