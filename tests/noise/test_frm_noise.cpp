@@ -221,12 +221,15 @@ TEST_F(NoiseTest, TheListFileAndPlanKeepTheFrequencyThePlateTookNotTheOneAsked) 
     plate.SetSampleFrequency(Which::Current, 333);
     const float taken = plate.SampleFrequency(Which::Current);
     ASSERT_NE(taken, 333.0f) << "the plate rounds to what its converter can do";
+    plate.SetGageVoltage(Which::Current, 0.25f);
+    const QString excitation = formatNumber(plate.GageVoltage(Which::Current), u"0.000");
+    ASSERT_NE(excitation, "0.250") << "the plate sets its excitation in DAC steps";
     plate.SetSampleFrequency(Which::Current, 100);
     open();
     dialog->cmdAcquire->click();
     ASSERT_TRUE(advanceSecondsUntil([&] { return !dialog->running(); }, 60));
     const QString shown = formatNumber(taken, u"000.000");
-    EXPECT_TRUE(dialog->lstResults->item(1)->text().startsWith("0.250   " + shown));
+    EXPECT_TRUE(dialog->lstResults->item(1)->text().startsWith(excitation + "   " + shown));
     EXPECT_EQ(fileItems(dialog->resultPath())[0][11], shown);
     dialog->cmdOK->click();
     EXPECT_EQ(ini().value("Noise", "Frequency 1", {}), formatGeneral(taken));
@@ -234,17 +237,20 @@ TEST_F(NoiseTest, TheListFileAndPlanKeepTheFrequencyThePlateTookNotTheOneAsked) 
 }
 
 TEST_F(NoiseTest, CancelledAfterThreeTestsTheFileHasZerosForTheRestAndThePlateIsRestored) {
+    plate.SetGageVoltage(Which::Current, 0.25f);
+    const float firstExcitation = plate.GageVoltage(Which::Current);
     plate.SetSampleFrequency(Which::Current, 1000);
     plate.SetGageVoltage(Which::Current, 3.3f);
+    const float before = plate.GageVoltage(Which::Current);
     open();
     dialog->cmdAcquire->click();
     ASSERT_TRUE(advanceSecondsUntil([&] { return times->ends.size() == 3; }, 4000));
-    EXPECT_EQ(plate.GageVoltage(Which::Current), 0.25f) << "the run's own excitation";
+    EXPECT_EQ(plate.GageVoltage(Which::Current), firstExcitation) << "the run's own excitation";
     ASSERT_TRUE(dialog->cmdCancel->isEnabled());
     dialog->cmdCancel->click();
     EXPECT_EQ(unloads, 1);
     EXPECT_EQ(plate.SampleFrequency(Which::Current), 1000.0f);
-    EXPECT_EQ(plate.GageVoltage(Which::Current), 3.3f);
+    EXPECT_EQ(plate.GageVoltage(Which::Current), before);
 
     const QList<QStringList> lines = fileItems(dialog->resultPath());
     ASSERT_EQ(lines.size(), 20);

@@ -24,9 +24,14 @@ protected:
         DialogFixture::TearDown();
     }
 
-    // The default plates, opened, and the bench on them; gives the page of plate 20418.
+    // The default plates made ideal (a weight lands where it is put), opened, and the bench on
+    // them; gives the page of plate 20418.
     SimPlatePage& openBench() {
-        openDefaultPlates();
+        Scenario plates = Scenario::defaults();
+        for (SimPlateConfig& config : plates.plates)
+            config.imperfections = SimImperfections::none();
+        plates.applyTo(driver);
+        openPlates();
         bench = std::make_unique<frmSimBench>(driver, clock);
         bench->show();
         SimPlatePage* page = bench->page(QStringLiteral("20418"));
