@@ -4,6 +4,7 @@
 #include "app/SingleInstance.h"
 #include "app/frmMain.h"
 #include "app/mLoader.h"
+#include "calibration/CalibrationSettings.h"
 #include "sim/ScenarioReader.h"
 #include "sim/SimDriver.h"
 #include "sim/frmSimBench.h"
@@ -110,6 +111,11 @@ int main(int argc, char** argv) {
         // The bench goes by itself when the main window lets go of the driver.
         QPointer<kx::frmSimBench> bench = new kx::frmSimBench(*plates, clock);
         bench->installShortcut(window);
+        // Where the calibration grid asks for the weight, drawn faintly on each plate's top.
+        QList<QPointF> calibrationPoints;
+        for (const kx::PointXY& point : kx::CalibrationSettings::defaultPoints())
+            calibrationPoints.append({point.x, point.y});
+        bench->setGuidePoints(calibrationPoints);
         if (options.bench)
             bench->bringToFront();
         const int exitCode = application.exec();
