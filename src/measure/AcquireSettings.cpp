@@ -13,6 +13,7 @@ namespace {
 
 const QString kKey = QLatin1String(kAcquisitionKey);
 constexpr auto kRoot = SettingsRoot::CurrentUser;
+constexpr double kLongestChartSpan = 4 * 3600;
 
 qint32 number(const char* name, qint32 fallback) {
     return GetSettingLong(kRoot, kKey, QLatin1String(name), fallback);
@@ -35,6 +36,12 @@ qint32 storedAdResolution() {
     return roundHalfEven(textNumber("AD Resolution", "20").value_or(20));
 }
 
+// A chart span no chart could show reads as none chosen.
+float chartSpan(const char* name) {
+    const double seconds = textNumber(name, "0").value_or(0);
+    return seconds > 0 && seconds <= kLongestChartSpan ? static_cast<float>(seconds) : 0.0f;
+}
+
 } // namespace
 
 AcquireSettings AcquireSettings::load() {
@@ -53,6 +60,8 @@ AcquireSettings AcquireSettings::load() {
     s.adResolution = bits >= 1 && bits <= 24 ? bits : 20;
     s.lastFilePath =
         GetSettingString(kRoot, kKey, QStringLiteral("Last File Path"), DocumentsFolder());
+    s.chartSpanSeconds = chartSpan("Chart Span (s)");
+    s.driftChartSpanSeconds = chartSpan("Drift Chart Span (s)");
     return s;
 }
 
@@ -68,6 +77,10 @@ void AcquireSettings::save() const {
                       formatGeneral(minAutoscaleRes));
     SaveSettingLong(kRoot, kKey, QStringLiteral("AD Resolution"), adResolution);
     SaveSettingString(kRoot, kKey, QStringLiteral("Last File Path"), lastFilePath);
+    SaveSettingString(kRoot, kKey, QStringLiteral("Chart Span (s)"),
+                      formatGeneral(chartSpanSeconds));
+    SaveSettingString(kRoot, kKey, QStringLiteral("Drift Chart Span (s)"),
+                      formatGeneral(driftChartSpanSeconds));
 }
 
 qint32 AcquireSettings::textPeriodMs() const {

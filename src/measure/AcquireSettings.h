@@ -20,6 +20,10 @@ struct AcquireSettings {
     float minAutoscaleRes = 0.001f;
     qint32 adResolution = 20; // bits
     QString lastFilePath;     // folder of the last saved capture
+    // Seconds across the charts as last chosen with the wheel, while displaying and in drift
+    // mode; 0 leaves the charts at their own width in points.
+    float chartSpanSeconds = 0;
+    float driftChartSpanSeconds = 0;
 
     static AcquireSettings load();
     void save() const;

@@ -1,9 +1,11 @@
 #include "measure/StripChart.h"
 
+#include "measure/TimeAxis.h"
 #include "support/Clock.h"
 
 #include <QMouseEvent>
 #include <QPainter>
+#include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
 #include <limits>
@@ -13,7 +15,8 @@ namespace {
 
 const QColor kBackground(0, 0, 0);
 const QColor kGrid(0, 110, 0);
-constexpr int kVerticalDivisions = 10;
+constexpr int kWheelNotch = 120; // eighths of a degree
+constexpr int kTickLength = 4;
 
 } // namespace
 
@@ -133,6 +136,36 @@ void StripChart::setMinSpan(float span) {
     update();
 }
 
+float StripChart::Span() const {
+    return static_cast<float>(static_cast<double>(m_trace.capacity()) / pointRate());
+}
+
+void StripChart::setSpan(float spanSeconds) {
+    const qsizetype points = TimeAxis::pointsForSpan(spanSeconds, pointRate());
+    if (points == m_trace.capacity())
+        return;
+    TraceBuffer resized(points);
+    const qint64 count = m_trace.pointCount();
+    const qint64 kept = std::min<qint64>({count, m_trace.capacity(), points});
+    for (qint64 g = count - kept; g < count; ++g)
+        resized.add(m_trace.point(g));
+    m_trace = std::move(resized);
+    resizeEvent(nullptr);
+    rescale();
+    update();
+    Q_EMIT SpanChanged(Span());
+}
+
+void StripChart::wheelEvent(QWheelEvent* event) {
+    // Turning the wheel away from the user shows less time, as zooming in does elsewhere.
+    m_wheelAngle += event->angleDelta().y();
+    const int notches = m_wheelAngle / kWheelNotch;
+    m_wheelAngle -= notches * kWheelNotch;
+    if (notches != 0)
+        setSpan(static_cast<float>(TimeAxis::steppedSpan(Span(), -notches, pointRate())));
+    event->accept();
+}
+
 void StripChart::resizeEvent(QResizeEvent*) {
     m_trace.setColumns(width());
     m_lines.reserve(2 * static_cast<std::size_t>(m_trace.bucketCount()));
@@ -157,7 +190,35 @@ void StripChart::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(rect(), kBackground);
     drawGrid(painter);
+    drawTimeAxis(painter); // under the trace, which matters more
     drawTrace(painter);
+}
+
+double StripChart::shownSeconds() const {
+    const auto slots = qint64(m_trace.bucketCount()) * m_trace.pointsPerBucket();
+    return static_cast<double>(slots) / pointRate();
+}
+
+// The column of a time from the edge where the trace starts, as the cursor read-out counts it.
+int StripChart::xOfSeconds(double seconds) const {
+    const double width = std::max(this->width(), 1);
+    const auto column = static_cast<int>(std::clamp(std::lround(seconds / shownSeconds() * width),
+                                                    0L, static_cast<long>(width) - 1));
+    return m_rightToLeft ? static_cast<int>(width) - 1 - column : column;
+}
+
+void StripChart::drawTimeAxis(QPainter& painter) const {
+    painter.setPen(QPen(kGrid, 0));
+    const QFontMetrics metrics = painter.fontMetrics();
+    const int bottom = height() - 1;
+    for (const TimeAxis::Tick& tick : TimeAxis::ticks(shownSeconds())) {
+        const int x = xOfSeconds(tick.seconds);
+        painter.drawLine(x, bottom - kTickLength, x, bottom);
+        // Labels sit beside their tick, on whichever side keeps them inside the chart.
+        const int textWidth = metrics.horizontalAdvance(tick.label);
+        const int left = x + 2 + textWidth < width() ? x + 2 : x - 2 - textWidth;
+        painter.drawText(left, bottom - kTickLength, tick.label);
+    }
 }
 
 void StripChart::drawGrid(QPainter& painter) const {
@@ -173,8 +234,8 @@ void StripChart::drawGrid(QPainter& painter) const {
         }
     }
     if (m_gridStyle & kVerticalGrid) {
-        for (int i = 1; i < kVerticalDivisions; ++i) {
-            const int x = i * width() / kVerticalDivisions;
+        for (const TimeAxis::Tick& tick : TimeAxis::ticks(shownSeconds())) {
+            const int x = xOfSeconds(tick.seconds);
             painter.drawLine(x, 0, x, height() - 1);
         }
     }
@@ -220,7 +281,7 @@ void StripChart::mouseMoveEvent(QMouseEvent* event) {
                               : m_trace.point(b * perBucket + slot % perBucket);
     const bool valid = !std::isnan(value);
 
-    const double rate = m_sampleRate > 0 ? m_sampleRate : 1.0;
+    const double rate = pointRate();
     const double pixels = std::max(height() - 1, 1);
     const double y = m_scale.top() - position.y() / pixels * (m_scale.top() - m_scale.bottom());
     Q_EMIT CursorMove(m_index, static_cast<float>(static_cast<double>(slot) / rate),

@@ -36,6 +36,12 @@ class Timer;
 // point position / SampleRate, so a full chart reads about pointsAcross / SampleRate at the
 // far edge), Y = the value at the mouse's height, and data = the trace's point under the
 // mouse (valid false when there is none or it is blank).
+//
+// Time axis: ticks along the bottom edge labelled in seconds from the edge where the trace
+// starts (minutes for spans of 5 minutes and more, see TimeAxis), with the vertical grid lines
+// at the ticks. The mouse wheel lengthens (turned towards the user) or shortens the span along
+// TimeAxis's ladder; the chart then keeps that many points and reports the span through
+// SpanChanged. Span is the span in seconds at SampleRate.
 class StripChart : public QWidget {
     Q_OBJECT
     Q_PROPERTY(int RefreshInterval READ RefreshInterval WRITE setRefreshInterval)
@@ -49,10 +55,11 @@ class StripChart : public QWidget {
     Q_PROPERTY(float Mean READ Mean)
     Q_PROPERTY(float StdDev READ StdDev)
     Q_PROPERTY(int index READ index WRITE setIndex)
+    Q_PROPERTY(float Span READ Span WRITE setSpan NOTIFY SpanChanged)
 
 public:
     static constexpr qsizetype kDefaultPointsAcross = 5000;
-    // GridStyle bits: horizontal lines at the scale steps, vertical lines at tenths.
+    // GridStyle bits: horizontal lines at the scale steps, vertical lines at the time ticks.
     static constexpr int kHorizontalGrid = 1;
     static constexpr int kVerticalGrid = 2;
 
@@ -95,6 +102,13 @@ public:
     float MinSpan() const { return m_minSpan; }
     void setMinSpan(float span);
 
+    // Seconds across the chart at SampleRate (points across when SampleRate is not positive).
+    float Span() const;
+    // Keeps spanSeconds worth of points at SampleRate (within TimeAxis's point limits), keeping
+    // the newest points already there.
+    void setSpan(float spanSeconds);
+    qsizetype pointsAcross() const { return m_trace.capacity(); }
+
     // The chart's number in its dialog, passed with CursorMove.
     int index() const { return m_index; }
     void setIndex(int index) { m_index = index; }
@@ -103,11 +117,13 @@ Q_SIGNALS:
     void CursorMove(int index, float X, float Y, bool valid, float data);
     void ScaleTopChanged(float value);
     void ScaleBottomChanged(float value);
+    void SpanChanged(float spanSeconds);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
 
 private:
     void pointAdded();
@@ -119,6 +135,11 @@ private:
     int yOf(float value) const;
     void drawGrid(QPainter& painter) const;
     void drawTrace(QPainter& painter);
+    void drawTimeAxis(QPainter& painter) const;
+    double pointRate() const { return m_sampleRate > 0 ? m_sampleRate : 1.0; }
+    // Seconds across the columns actually drawn (whole buckets, a little under Span).
+    double shownSeconds() const;
+    int xOfSeconds(double seconds) const;
 
     Timer* m_timer;
     TraceBuffer m_trace;
@@ -137,6 +158,7 @@ private:
     QColor m_traceColor{0, 255, 0};
     float m_minSpan = 0;
     int m_index = 0;
+    int m_wheelAngle = 0; // eighths of a degree not yet turned into a step
 };
 
 } // namespace kx

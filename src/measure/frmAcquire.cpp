@@ -18,6 +18,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScopedValueRollback>
 #include <QVBoxLayout>
 #include <cmath>
 
@@ -300,6 +301,15 @@ void frmAcquire::connectControls() {
                 [label = lblMax[i]](float value) { label->setText(formatGeneral(value)); });
         connect(KXIStripChart[i], &StripChart::ScaleBottomChanged, lblMin[i],
                 [label = lblMin[i]](float value) { label->setText(formatGeneral(value)); });
+        // The stacked charts keep one span; the last one chosen is kept for this mode.
+        connect(KXIStripChart[i], &StripChart::SpanChanged, this, [this](float seconds) {
+            if (m_applyingSpan)
+                return;
+            (m_drift ? m_settings.driftChartSpanSeconds : m_settings.chartSpanSeconds) = seconds;
+            const QScopedValueRollback applying(m_applyingSpan, true);
+            for (StripChart* chart : KXIStripChart)
+                chart->setSpan(seconds);
+        });
     }
     frmSignals->setMouseTracking(true);
     frmSignals->installEventFilter(this);
@@ -360,6 +370,19 @@ void frmAcquire::open(PlateDevice& plate) {
     }
     optSignal[static_cast<int>(settings.displayType)]->setChecked(true);
     applySignalSet(settings.displayType);
+    setChartRate(KXIStripChart[0]->SampleRate());
+}
+
+void frmAcquire::setChartRate(float pointsPerSecond) {
+    const float span = m_drift ? m_settings.driftChartSpanSeconds : m_settings.chartSpanSeconds;
+    // Until a span is chosen for this mode the charts show their usual 5000 points.
+    const double rate = pointsPerSecond > 0 ? pointsPerSecond : 1.0; // as the charts count
+    const auto defaultSpan = static_cast<float>(double(StripChart::kDefaultPointsAcross) / rate);
+    const QScopedValueRollback applying(m_applyingSpan, true);
+    for (StripChart* chart : KXIStripChart) {
+        chart->setSampleRate(pointsPerSecond);
+        chart->setSpan(span > 0 ? span : defaultSpan);
+    }
 }
 
 void frmAcquire::unloading() {
@@ -385,9 +408,7 @@ void frmAcquire::cmdDisplay_Click() {
         const bool started = runDevice([&] {
             plate->FlushData();
             plate->CalibrateSelf();
-            const float rate = plate->SampleFrequency(Which::Current);
-            for (StripChart* chart : KXIStripChart)
-                chart->setSampleRate(rate);
+            setChartRate(plate->SampleFrequency(Which::Current));
             plate->StartAcquisition(true, false, true, false, true);
         });
         if (!started)
@@ -471,8 +492,7 @@ void frmAcquire::cmdDrift_Click() {
         // Below 0.5 Hz every sample is a point.
         const float pointRate =
             samplesPerPoint > 0 ? rate / static_cast<float>(samplesPerPoint) : rate;
-        for (StripChart* chart : KXIStripChart)
-            chart->setSampleRate(pointRate);
+        setChartRate(pointRate);
         return;
     }
     stopAcquisition();

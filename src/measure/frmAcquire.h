@@ -104,6 +104,8 @@ private:
     void cmdOK_Click();
     void optSignal_Click(int index);
     void applySignalSet(DisplayType type);
+    // Sets the charts' point rate and the span last chosen for the current mode.
+    void setChartRate(float pointsPerSecond);
     void setTraceColor(const QColor& color);
     void feedTestSignal();
 
@@ -121,6 +123,7 @@ private:
     void saveFinished(bool ok, const QString& error);
 
     AcquireSettings m_settings;
+    bool m_applyingSpan = false; // the dialog, not the user, is setting the charts' span
     DisplayType m_displayType = DisplayType::Voltages;
     float m_minFz = -2.5f;
     qint32 m_textPeriodMs = 200;

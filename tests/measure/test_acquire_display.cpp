@@ -3,6 +3,7 @@
 
 #include <QGroupBox>
 #include <QMouseEvent>
+#include <QWheelEvent>
 #include <array>
 
 namespace kx::test {
@@ -124,6 +125,50 @@ struct SettingCase {
     DisplayType type;
     float forcesMinSpan; // of chart 0 in Forces: 400 × "Min Autoscale Res"
 };
+
+// One notch of the wheel over `widget`; negative turns it towards the user.
+void turnWheel(QWidget* widget, int notches) {
+    const QPointF at(10, 10);
+    QWheelEvent wheel(at, widget->mapToGlobal(at), QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(widget, &wheel);
+}
+
+TEST_F(AcquireDisplay, TheWheelSpanIsSharedByTheChartsAndKeptPerMode) {
+    open();
+    dialog->cmdDisplay->click();
+    EXPECT_FLOAT_EQ(chart(2).Span(), 5.0f) << "5000 points at 1000 Hz";
+    turnWheel(&chart(1), -1);
+    for (int i = 0; i < 3; ++i)
+        EXPECT_FLOAT_EQ(chart(i).Span(), 10.0f) << i;
+    dialog->cmdDisplay->click();
+
+    dialog->cmdDrift->click(); // a point a second: the 5000 points are 5000 s
+    EXPECT_FLOAT_EQ(chart(0).Span(), 5000.0f);
+    turnWheel(&chart(0), 1);
+    EXPECT_FLOAT_EQ(chart(2).Span(), 3600.0f);
+    dialog->cmdDrift->click();
+    dialog->close();
+    EXPECT_EQ(text("Chart Span (s)"), QLatin1String("10"));
+    EXPECT_EQ(text("Drift Chart Span (s)"), QLatin1String("3600"));
+
+    openDialog(&plate);
+    EXPECT_FLOAT_EQ(chart(0).Span(), 10.0f);
+    dialog->cmdDrift->click();
+    EXPECT_FLOAT_EQ(chart(0).Span(), 3600.0f);
+    EXPECT_EQ(chart(0).pointsAcross(), 3600);
+    dialog->cmdDrift->click();
+}
+
+TEST_F(AcquireDisplay, AStoredSpanNoChartCanShowLeavesTheChartsAsTheyAre) {
+    for (const char* stored : {"-3", "0", "junk", "100000"}) {
+        setText("Chart Span (s)", QLatin1String(stored));
+        open();
+        EXPECT_FLOAT_EQ(chart(0).Span(), 5.0f) << stored;
+        dialog->close();
+        EXPECT_EQ(text("Chart Span (s)"), QLatin1String("0")) << stored;
+    }
+}
 
 class AcquireSettingsFallback : public AcquireFixture,
                                 public ::testing::WithParamInterface<SettingCase> {};

@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QImage>
 #include <QSignalSpy>
+#include <QWheelEvent>
 #include <cmath>
 #include <gtest/gtest.h>
 
@@ -132,6 +133,69 @@ TEST_F(ChartFixture, RepaintsFollowTheRefreshTimerNotThePoints) {
     clock.advance(1000);
     QApplication::processEvents();
     EXPECT_EQ(counter.paints, 6);
+}
+
+// Columns of the bottom row but one that hold the solid grid colour: the time ticks.
+std::vector<int> tickColumns(const QImage& image) {
+    std::vector<int> columns;
+    const int y = image.height() - 2;
+    for (int x = 0; x < image.width(); ++x)
+        if (image.pixel(x, y) == qRgb(0, 110, 0))
+            columns.push_back(x);
+    return columns;
+}
+
+void turnWheel(StripChart& chart, int eighthsOfADegree) {
+    const QPointF at(100, 50);
+    QWheelEvent event(at, chart.mapToGlobal(at), QPoint(), QPoint(0, eighthsOfADegree),
+                      Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&chart, &event);
+}
+
+TEST_F(ChartFixture, TimeTicksFollowTheSpanAndTheDirection) {
+    // 5 s across 250 columns: a tick every 0.5 s is every 25 columns, the last one at the edge.
+    std::vector<int> tenths;
+    for (int x = 0; x < 250; x += 25)
+        tenths.push_back(x);
+    tenths.push_back(249);
+    EXPECT_EQ(tickColumns(frame()), tenths);
+
+    // 30 s: a tick every 5 s, a sixth of the width apart.
+    chart.setSpan(30);
+    EXPECT_EQ(tickColumns(frame()), (std::vector<int>{0, 42, 83, 125, 167, 208, 249}));
+    chart.setRightToLeft(true);
+    EXPECT_EQ(tickColumns(frame()), (std::vector<int>{0, 41, 82, 124, 166, 207, 249}));
+}
+
+TEST_F(ChartFixture, WheelStepsTheSpanAndReportsIt) {
+    QSignalSpy spans(&chart, &StripChart::SpanChanged);
+    EXPECT_FLOAT_EQ(chart.Span(), 5.0f);
+    turnWheel(chart, -60); // half a notch does nothing yet
+    EXPECT_TRUE(spans.isEmpty());
+    turnWheel(chart, -60);
+    EXPECT_FLOAT_EQ(chart.Span(), 10.0f);
+    EXPECT_EQ(chart.pointsAcross(), 10000);
+    turnWheel(chart, 3 * 120);
+    EXPECT_FLOAT_EQ(chart.Span(), 1.0f);
+    ASSERT_EQ(spans.size(), 2);
+    EXPECT_FLOAT_EQ(spans.last().at(0).toFloat(), 1.0f);
+
+    // Drift points, one a second: the same points are 5000 s, and the wheel stops at 4 h.
+    chart.setSampleRate(1);
+    chart.setSpan(5000);
+    turnWheel(chart, -10 * 120);
+    EXPECT_FLOAT_EQ(chart.Span(), 14400.0f);
+}
+
+TEST_F(ChartFixture, ChangingTheSpanKeepsTheNewestPoints) {
+    for (int i = 0; i < 5000; ++i)
+        chart.AddPoint(static_cast<float>(i));
+    chart.setSpan(2); // 2000 points: 3000 .. 4999
+    EXPECT_NEAR(chart.Mean(), 3999.5f, 0.01f);
+    chart.setSpan(10); // nothing older comes back
+    EXPECT_NEAR(chart.Mean(), 3999.5f, 0.01f);
+    chart.AddPoint(5000);
+    EXPECT_NEAR(chart.Mean(), 4000.0f, 0.01f);
 }
 
 } // namespace
