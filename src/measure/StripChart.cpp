@@ -17,6 +17,7 @@ const QColor kBackground(0, 0, 0);
 const QColor kGrid(0, 110, 0);
 constexpr int kWheelNotch = 120; // eighths of a degree
 constexpr int kTickLength = 4;
+constexpr int kLabelGap = 4; // pixels between neighbouring time labels
 
 } // namespace
 
@@ -211,13 +212,22 @@ void StripChart::drawTimeAxis(QPainter& painter) const {
     painter.setPen(QPen(kGrid, 0));
     const QFontMetrics metrics = painter.fontMetrics();
     const int bottom = height() - 1;
+    const int baseline = bottom - kTickLength;
+    QRect previous;
     for (const TimeAxis::Tick& tick : TimeAxis::ticks(shownSeconds())) {
         const int x = xOfSeconds(tick.seconds);
         painter.drawLine(x, bottom - kTickLength, x, bottom);
-        // Labels sit beside their tick, on whichever side keeps them inside the chart.
+        // A label sits on the later side of its tick unless that leaves the chart; one that
+        // would run into its neighbour is left out.
         const int textWidth = metrics.horizontalAdvance(tick.label);
-        const int left = x + 2 + textWidth < width() ? x + 2 : x - 2 - textWidth;
-        painter.drawText(left, bottom - kTickLength, tick.label);
+        const int after = m_rightToLeft ? x - 2 - textWidth : x + 2;
+        const int before = m_rightToLeft ? x + 2 : x - 2 - textWidth;
+        const int left = after >= 0 && after + textWidth < width() ? after : before;
+        const QRect label(left, baseline - metrics.ascent(), textWidth, metrics.ascent());
+        if (label.intersects(previous.adjusted(-kLabelGap, 0, kLabelGap, 0)))
+            continue;
+        painter.drawText(left, baseline, tick.label);
+        previous = label;
     }
 }
 
