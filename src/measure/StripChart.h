@@ -83,8 +83,8 @@ public:
     // Redraw period in ms; below 1 ms the chart redraws every millisecond.
     int RefreshInterval() const { return m_refreshInterval; }
     void setRefreshInterval(int ms);
-    // Points per second; used for the cursor's X only (X counts points when it is not
-    // positive).
+    // Points per second, for the cursor's X, the time axis and Span (which count points when
+    // it is not positive). The chart keeps its points across when the rate changes.
     float SampleRate() const { return m_sampleRate; }
     void setSampleRate(float pointsPerSecond) { m_sampleRate = pointsPerSecond; }
     bool RightToLeft() const { return m_rightToLeft; }
