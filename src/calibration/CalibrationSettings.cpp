@@ -8,6 +8,7 @@
 
 #include <QDebug>
 #include <QFileInfo>
+#include <algorithm>
 #include <cmath>
 
 namespace kx {
@@ -151,6 +152,10 @@ CalibrationSettings CalibrationSettings::load(const IniFile& profile) {
     s.DisplayPointRadius = userReal("Display Point Radius (m)", QStringLiteral("0.025"));
     s.LastFilePath = GetSettingString(User, QLatin1String(kCalibrationKey),
                                       QStringLiteral("Last File Path"), DocumentsFolder());
+    s.ChartSpanSeconds =
+        std::max(0.0f, GetSettingString(User, QLatin1String(kCalibrationKey),
+                                        QStringLiteral("Chart Span (s)"), QStringLiteral("0"))
+                           .toFloat());
     return s;
 }
 
@@ -180,6 +185,8 @@ void CalibrationSettings::save(const IniFile& profile) const {
                       radius);
     SaveSettingString(User, QLatin1String(kCalibrationKey), QStringLiteral("Last File Path"),
                       LastFilePath);
+    SaveSettingString(User, QLatin1String(kCalibrationKey), QStringLiteral("Chart Span (s)"),
+                      formatGeneral(ChartSpanSeconds));
 }
 
 } // namespace kx

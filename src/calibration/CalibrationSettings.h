@@ -35,6 +35,8 @@ struct CalibrationSettings {
     std::vector<float> LinearityLoads; // N, "Loads" entries
     float DisplayPointRadius = 0.025f; // m; also the radius of the hit test
     QString LastFilePath;              // folder of the last calibration file
+    // Seconds across the signal charts, as last chosen with the wheel; 0 for none chosen.
+    float ChartSpanSeconds = 0;
 
     // Counts outside these bounds read as the default (and are said so on stderr).
     static constexpr int MaxPoints = 1000;

@@ -12,6 +12,7 @@
 #include "calibration/PointTable.h"
 #include "measure/SignalSet.h"
 #include "measure/StripChart.h"
+#include "measure/TimeAxis.h"
 #include "resources/ResourceFiles.h"
 #include "resources/StringTable.h"
 #include "support/Clock.h"
@@ -35,6 +36,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScopedValueRollback>
 #include <QStatusBar>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -626,6 +628,15 @@ void frmCalibrate::connectControls() {
                 [label = lblMax[i]](float value) { label->setText(formatGeneral(value)); });
         connect(KXIStripChart[i], &StripChart::ScaleBottomChanged, lblMin[i],
                 [label = lblMin[i]](float value) { label->setText(formatGeneral(value)); });
+        // The stacked charts keep one span, the last one the user chose.
+        connect(KXIStripChart[i], &StripChart::SpanChanged, this, [this](float seconds) {
+            if (m_applyingSpan)
+                return;
+            m_state->settings.ChartSpanSeconds = seconds;
+            const QScopedValueRollback applying(m_applyingSpan, true);
+            for (StripChart* chart : KXIStripChart)
+                chart->setSpan(seconds);
+        });
     }
 
     m_state->progress = clock().createTimer(this);
@@ -948,8 +959,14 @@ void frmCalibrate::cmdDisplay_Click() {
         device()->FlushData();
         device()->CalibrateSelf();
         st.frequency = device()->SampleFrequency(Which::Current);
-        for (StripChart* chart : KXIStripChart)
+        const float span = st.settings.ChartSpanSeconds;
+        const QScopedValueRollback applying(m_applyingSpan, true);
+        for (StripChart* chart : KXIStripChart) {
             chart->setSampleRate(st.frequency);
+            // A stored span no chart can show leaves the charts at their usual 5000 points.
+            if (span > 0 && span <= TimeAxis::kLongestSpan)
+                chart->setSpan(span);
+        }
         device()->StartAcquisition(true, false, true, false, true);
     });
     if (st.display)

@@ -204,6 +204,7 @@ private:
     void showConditions();
 
     std::unique_ptr<State> m_state;
+    bool m_applyingSpan = false; // the dialog, not the user, is setting the charts' span
 };
 
 } // namespace kx

@@ -1,5 +1,6 @@
 #include "measure/AcquireSettings.h"
 
+#include "measure/TimeAxis.h"
 #include "support/Folders.h"
 #include "support/NumberFormat.h"
 #include "support/Rounding.h"
@@ -13,7 +14,6 @@ namespace {
 
 const QString kKey = QLatin1String(kAcquisitionKey);
 constexpr auto kRoot = SettingsRoot::CurrentUser;
-constexpr double kLongestChartSpan = 4 * 3600;
 
 qint32 number(const char* name, qint32 fallback) {
     return GetSettingLong(kRoot, kKey, QLatin1String(name), fallback);
@@ -39,7 +39,7 @@ qint32 storedAdResolution() {
 // A chart span no chart could show reads as none chosen.
 float chartSpan(const char* name) {
     const double seconds = textNumber(name, "0").value_or(0);
-    return seconds > 0 && seconds <= kLongestChartSpan ? static_cast<float>(seconds) : 0.0f;
+    return seconds > 0 && seconds <= TimeAxis::kLongestSpan ? static_cast<float>(seconds) : 0.0f;
 }
 
 } // namespace

@@ -7,8 +7,9 @@
 namespace kx {
 namespace {
 
-constexpr std::array kLadder{0.5,   1.0,   2.0,   5.0,   10.0,   20.0,   30.0,   60.0,
-                             120.0, 300.0, 600.0, 900.0, 1800.0, 3600.0, 7200.0, 14400.0};
+constexpr std::array kLadder{
+    0.5,   1.0,   2.0,   5.0,   10.0,   20.0,   30.0,   60.0,
+    120.0, 300.0, 600.0, 900.0, 1800.0, 3600.0, 7200.0, TimeAxis::kLongestSpan};
 // Two spans closer than this are the same rung (spans come back from points / rate).
 constexpr double kSameRung = 1e-6;
 

@@ -17,7 +17,8 @@ class TimeAxis {
 public:
     static constexpr qsizetype kMinPoints = 50;
     static constexpr qsizetype kMaxPoints = 100000;
-    static constexpr double kMinutesFrom = 300; // seconds
+    static constexpr double kMinutesFrom = 300;      // seconds
+    static constexpr double kLongestSpan = 4 * 3600; // seconds, the ladder's top rung
 
     struct Tick {
         double seconds; // from the edge where the trace starts

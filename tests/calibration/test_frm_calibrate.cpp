@@ -6,6 +6,8 @@
 #include "support/Folders.h"
 #include "support/IniFile.h"
 #include "support/NumberFormat.h"
+#include "support/Settings.h"
+#include "support/SettingsKeys.h"
 
 #include <QCheckBox>
 #include <QDir>
@@ -332,6 +334,23 @@ TEST_F(CalibrateDialog, TheDisplayStreamsTheBridgesUntilAnAcquisitionStarts) {
     dialog->cmdZero->click();
     EXPECT_EQ(dialog->cmdDisplay->text(), "&Display ON");
     EXPECT_EQ(dialog->KXIStripChart[0]->Mean(), 0.0f) << "the zero clears the charts";
+}
+
+TEST_F(CalibrateDialog, TheWheelSpanIsSharedByTheChartsAndKeptForTheNextCalibration) {
+    open();
+    dialog->cmdDisplay->click();
+    EXPECT_FLOAT_EQ(dialog->KXIStripChart[0]->Span(), 50.0f) << "5000 points at 100 Hz";
+    turnWheel(dialog->KXIStripChart[1], -1);
+    for (const StripChart* chart : dialog->KXIStripChart)
+        EXPECT_FLOAT_EQ(chart->Span(), 60.0f) << "one rung up the ladder";
+    dialog->close();
+    EXPECT_EQ(GetSettingString(SettingsRoot::CurrentUser, QLatin1String(kCalibrationKey),
+                               QStringLiteral("Chart Span (s)"), {}),
+              QStringLiteral("60"));
+
+    open();
+    dialog->cmdDisplay->click();
+    EXPECT_FLOAT_EQ(dialog->KXIStripChart[2]->Span(), 60.0f);
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 
 #include <QGroupBox>
 #include <QMouseEvent>
-#include <QWheelEvent>
 #include <array>
 
 namespace kx::test {
@@ -125,14 +124,6 @@ struct SettingCase {
     DisplayType type;
     float forcesMinSpan; // of chart 0 in Forces: 400 × "Min Autoscale Res"
 };
-
-// One notch of the wheel over `widget`; negative turns it towards the user.
-void turnWheel(QWidget* widget, int notches) {
-    const QPointF at(10, 10);
-    QWheelEvent wheel(at, widget->mapToGlobal(at), QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
-                      Qt::NoModifier, Qt::NoScrollPhase, false);
-    QCoreApplication::sendEvent(widget, &wheel);
-}
 
 TEST_F(AcquireDisplay, TheWheelSpanIsSharedByTheChartsAndKeptPerMode) {
     open();

@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QPixmap>
 #include <QTest>
+#include <QWheelEvent>
 
 namespace kx::test {
 
@@ -26,6 +27,13 @@ void keepScreenshot(QWidget& widget, const QString& name) {
     if (const QString folder = qEnvironmentVariable("KX_SCREENSHOT_DIR"); !folder.isEmpty()) {
         EXPECT_TRUE(picture.save(QDir(folder).filePath(name + QStringLiteral(".png"))));
     }
+}
+
+void turnWheel(QWidget* widget, int notches) {
+    const QPointF at(10, 10);
+    QWheelEvent wheel(at, widget->mapToGlobal(at), QPoint(), QPoint(0, 120 * notches), Qt::NoButton,
+                      Qt::NoModifier, Qt::NoScrollPhase, false);
+    QCoreApplication::sendEvent(widget, &wheel);
 }
 
 } // namespace kx::test

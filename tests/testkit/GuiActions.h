@@ -33,6 +33,8 @@ T* shownDialog() {
 void retype(QLineEdit* box, const QString& typed);
 // Replaces the box's text and confirms it with Enter.
 void typeInto(QLineEdit* box, const QString& typed);
+// Turns the mouse wheel over the widget by whole notches; negative turns it towards the user.
+void turnWheel(QWidget* widget, int notches);
 // Saves a picture of the widget as <name>.png into KX_SCREENSHOT_DIR when that is set.
 void keepScreenshot(QWidget& widget, const QString& name);
 
