@@ -3,6 +3,7 @@
 // moving 1 ms per sample so the charts' refresh timers and the status texts run as they do
 // at 1000 Hz. Judged against the 1 ms between samples of a 1000 Hz plate (aim below 1%).
 
+#include "Offscreen.h"
 #include "RecordingPrompt.h"
 #include "RunReporter.h"
 #include "TempEnvironment.h"
@@ -62,9 +63,7 @@ BENCHMARK(clockOnly)->Name("ClockAdvance");
 } // namespace
 
 int main(int argc, char** argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
+    QApplication app(offscreenByDefault(argc), argv);
     RunReporter reporter;
     reporter.runAll(&argc, argv);
 

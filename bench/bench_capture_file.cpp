@@ -162,11 +162,10 @@ int main(int argc, char** argv) {
     std::printf("capture table of one hour (%d rows): %.1f MB resident\n", setup().table.rowCount(),
                 static_cast<double>(setup().tableBytes) / mb);
     if (ours > 0 && synced > 0 && cached > 0)
-        std::printf(
-            "capture file of one hour (%.1f MB): save %.0f MB/s; plain fwrite %.0f MB/s, "
-            "ratio %.2f (aim 0.5 or better); fwrite+fdatasync %.0f MB/s, ratio %.2f\n",
-            static_cast<double>(setup().fileBytes.size()) / mb, ours, cached, ours / cached,
-            synced, ours / synced);
+        std::printf("capture file of one hour (%.1f MB): save %.0f MB/s; plain fwrite %.0f MB/s, "
+                    "ratio %.2f (aim 0.5 or better); fwrite+fdatasync %.0f MB/s, ratio %.2f\n",
+                    static_cast<double>(setup().fileBytes.size()) / mb, ours, cached, ours / cached,
+                    synced, ours / synced);
     if (formatted > 0)
         std::printf("formatting alone, into no file: %.0f MB/s with %u processors\n", formatted,
                     std::thread::hardware_concurrency());

@@ -3,6 +3,7 @@
 // a simulated plate, and the moving average alone. Judged by the ratio of the two costs, which
 // should stay near 1: the window is a ring, so its length must not show.
 
+#include "Offscreen.h"
 #include "RunReporter.h"
 #include "device/ToolContext.h"
 #include "scale/WeightAverager.h"
@@ -122,9 +123,7 @@ BENCHMARK(scaleForcesIn)
 } // namespace
 
 int main(int argc, char** argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
+    QApplication app(offscreenByDefault(argc), argv);
     RunReporter reporter;
     reporter.runAll(&argc, argv);
     for (const char* name : {"frmScale/ForcesIn", "WeightAverager::add"}) {

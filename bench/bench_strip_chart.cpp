@@ -3,6 +3,7 @@
 // rescales, and the drawing. Judged by the ratio of the two frame times (at most 1.5).
 // Also prints the cost of AddPoint against the 1 ms between samples of a 1000 Hz plate.
 
+#include "Offscreen.h"
 #include "RunReporter.h"
 #include "measure/StripChart.h"
 #include "support/ManualClock.h"
@@ -74,9 +75,7 @@ BENCHMARK(addPoint)->Name("AddPoint");
 } // namespace
 
 int main(int argc, char** argv) {
-    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication app(argc, argv);
+    QApplication app(offscreenByDefault(argc), argv);
     RunReporter reporter;
     reporter.runAll(&argc, argv);
 

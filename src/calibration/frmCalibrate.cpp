@@ -10,6 +10,7 @@
 #include "calibration/OctaveFitEngine.h"
 #include "calibration/PlatePicture.h"
 #include "calibration/PointTable.h"
+#include "measure/ChartRows.h"
 #include "measure/SignalSet.h"
 #include "measure/StripChart.h"
 #include "measure/TimeAxis.h"
@@ -321,8 +322,7 @@ void frmCalibrate::buildControls() {
     cmdCancel = button(QStringLiteral("cmdCancel"), CancelCaption);
     ProgressBar1 = named(new QProgressBar(this), QStringLiteral("ProgressBar1"));
     ProgressBar1->setValue(0);
-    StatusBar1 = named(new QStatusBar(this), QStringLiteral("StatusBar1"));
-    StatusBar1->setSizeGripEnabled(false);
+    StatusBar1 = makeStatusBar();
 }
 
 QGroupBox* frmCalibrate::buildZeroPanel() {
@@ -473,18 +473,9 @@ QGroupBox* frmCalibrate::buildSignalsPanel() {
         lblSignal[i] = named(new QLabel(frame), indexed("lblSignal", i));
         lblMax[i] = named(new QLabel(text(MaxCaption), frame), indexed("lblMax", i));
         lblMin[i] = named(new QLabel(text(MinCaption), frame), indexed("lblMin", i));
-        auto* labels = new QVBoxLayout;
-        labels->addWidget(lblMax[i]);
-        labels->addStretch();
-        labels->addWidget(lblSignal[i]);
-        labels->addStretch();
-        labels->addWidget(lblMin[i]);
-        grid->addLayout(labels, i, 0);
-        grid->addWidget(KXIStripChart[i], i, 1);
-        grid->setRowStretch(i, 1);
+        addChartRow(*grid, i, KXIStripChart[i], lblMax[i], lblSignal[i], lblMin[i]);
     }
-    grid->setColumnStretch(1, 1);
-    grid->setColumnMinimumWidth(0, fontMetrics().horizontalAdvance(QStringLiteral("-0.0000000")));
+    finishChartRows(*grid, fontMetrics().horizontalAdvance(QStringLiteral("-0.0000000")));
     auto* shown = new QHBoxLayout;
     shown->addWidget(cmdDisplay);
     for (QRadioButton* option : optSignal)

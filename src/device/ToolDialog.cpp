@@ -4,6 +4,8 @@
 #include "device/PlateError.h"
 #include "resources/StringTable.h"
 
+#include <QProgressBar>
+#include <QStatusBar>
 #include <utility>
 
 namespace kx {
@@ -43,6 +45,20 @@ void ToolDialog::showEvent(QShowEvent* event) {
 
 QString ToolDialog::text(int offset) const {
     return strings::text(m_block + offset);
+}
+
+QProgressBar* ToolDialog::makeProgressBar() {
+    auto* bar = new QProgressBar(this);
+    bar->setObjectName(QStringLiteral("ProgressBar1"));
+    bar->hide();
+    return bar;
+}
+
+QStatusBar* ToolDialog::makeStatusBar() {
+    auto* bar = new QStatusBar(this);
+    bar->setObjectName(QStringLiteral("StatusBar1"));
+    bar->setSizeGripEnabled(false);
+    return bar;
 }
 
 bool ToolDialog::runDevice(const std::function<void()>& handler) {

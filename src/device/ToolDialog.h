@@ -8,6 +8,9 @@
 #include <QPointer>
 #include <functional>
 
+class QProgressBar;
+class QStatusBar;
+
 namespace kx {
 
 // The base of every tool dialog the main window opens. The main window creates the dialog,
@@ -41,6 +44,11 @@ protected:
 
     // The text of this dialog's resource block + offset.
     QString text(int offset) const;
+
+    // The dialogs' common bottom line: the acquisition progress ("ProgressBar1", hidden until an
+    // acquisition runs) and the status bar ("StatusBar1", without a size grip).
+    QProgressBar* makeProgressBar();
+    QStatusBar* makeStatusBar();
 
     // Runs plate calls at the device-handler boundary: a failure shows the library's message.
     bool runDevice(const std::function<void()>& handler);

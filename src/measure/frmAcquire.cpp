@@ -2,6 +2,7 @@
 
 #include "measure/CaptureSaver.h"
 #include "measure/CentreOfPressure.h"
+#include "measure/ChartRows.h"
 #include "measure/StripChart.h"
 #include "resources/StringTable.h"
 #include "support/Clock.h"
@@ -236,20 +237,9 @@ void frmAcquire::layOutControls() {
     // The three charts share the frame's height in equal thirds, each with its name and its
     // scale limits at its left.
     auto* signalsGrid = new QGridLayout(frmSignals);
-    for (int i = 0; i < 3; ++i) {
-        auto* labels = new QVBoxLayout;
-        labels->addWidget(lblMax[i]);
-        labels->addStretch();
-        labels->addWidget(lblSignal[i]);
-        labels->addStretch();
-        labels->addWidget(lblMin[i]);
-        signalsGrid->addLayout(labels, i, 0);
-        signalsGrid->addWidget(KXIStripChart[i], i, 1);
-        signalsGrid->setRowStretch(i, 1);
-    }
-    signalsGrid->setColumnStretch(1, 1);
-    signalsGrid->setColumnMinimumWidth(
-        0, fontMetrics().horizontalAdvance(QStringLiteral("-0.000000000")));
+    for (int i = 0; i < 3; ++i)
+        addChartRow(*signalsGrid, i, KXIStripChart[i], lblMax[i], lblSignal[i], lblMin[i]);
+    finishChartRows(*signalsGrid, fontMetrics().horizontalAdvance(QStringLiteral("-0.000000000")));
 
     m_buttons = new QWidget(this);
     auto* buttons = new QVBoxLayout(m_buttons);

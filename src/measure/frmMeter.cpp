@@ -90,9 +90,7 @@ frmMeter::frmMeter(const ToolContext& context, QWidget* parent)
     cmdDisplay->setObjectName(QStringLiteral("cmdDisplay"));
     cmdOK = new QPushButton(text(CloseCaption), this);
     cmdOK->setObjectName(QStringLiteral("cmdOK"));
-    StatusBar1 = new QStatusBar(this);
-    StatusBar1->setObjectName(QStringLiteral("StatusBar1"));
-    StatusBar1->setSizeGripEnabled(false);
+    StatusBar1 = makeStatusBar();
 
     auto* speedRow = new QHBoxLayout;
     speedRow->addWidget(mchSpeed);

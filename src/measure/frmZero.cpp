@@ -56,12 +56,8 @@ frmZero::frmZero(const ToolContext& context, QWidget* parent)
     cmdOK->setDefault(true);
     cmdCancel = new QPushButton(text(CancelCaption), this);
     cmdCancel->setObjectName(QStringLiteral("cmdCancel"));
-    ProgressBar1 = new QProgressBar(this);
-    ProgressBar1->setObjectName(QStringLiteral("ProgressBar1"));
-    ProgressBar1->hide();
-    StatusBar1 = new QStatusBar(this);
-    StatusBar1->setObjectName(QStringLiteral("StatusBar1"));
-    StatusBar1->setSizeGripEnabled(false);
+    ProgressBar1 = makeProgressBar();
+    StatusBar1 = makeStatusBar();
 
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();

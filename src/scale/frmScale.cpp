@@ -64,12 +64,8 @@ frmScale::frmScale(const ToolContext& context, QWidget* parent)
     cmdDisplay->setObjectName(QStringLiteral("cmdDisplay"));
     cmdClose = new QPushButton(text(CloseCaption), this);
     cmdClose->setObjectName(QStringLiteral("cmdClose"));
-    ProgressBar1 = new QProgressBar(this);
-    ProgressBar1->setObjectName(QStringLiteral("ProgressBar1"));
-    ProgressBar1->hide();
-    StatusBar1 = new QStatusBar(this);
-    StatusBar1->setObjectName(QStringLiteral("StatusBar1"));
-    StatusBar1->setSizeGripEnabled(false);
+    ProgressBar1 = makeProgressBar();
+    StatusBar1 = makeStatusBar();
     StatusBar1Panel1 = new QLabel(StatusBar1);
     StatusBar1Panel1->setObjectName(QStringLiteral("StatusBar1Panel1"));
     StatusBar1->addWidget(StatusBar1Panel1, 1);
