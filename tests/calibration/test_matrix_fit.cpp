@@ -14,6 +14,14 @@ namespace {
 using test::SyntheticPlate;
 using test::TenPoints;
 
+// Normal noise of `sigma` volts on every data mean, drawn from `random`.
+void addNoise(std::vector<CalPoint>& points, std::mt19937& random, double sigma) {
+    std::normal_distribution<double> noise(0, sigma);
+    for (CalPoint& p : points)
+        for (double& v : p.dataMean)
+            v += noise(random);
+}
+
 Eigen::MatrixXd fitted(const FitResult& r) {
     return Eigen::Map<const Eigen::Matrix<double, Eigen::Dynamic, Eigen::Dynamic, Eigen::RowMajor>>(
         r.C.data(), 3, r.m);
@@ -45,10 +53,7 @@ TEST(MatrixFit, NormalEquationsHoldToRounding) {
     const SyntheticPlate plate;
     std::vector<CalPoint> points = plate.grid(TenPoints);
     std::mt19937 random(7);
-    std::normal_distribution<double> noise(0, 1e-4);
-    for (CalPoint& p : points)
-        for (double& v : p.dataMean)
-            v += noise(random);
+    addNoise(points, random, 1e-4);
     BuiltInFitEngine engine;
     const FitOutcome out = MatrixFit::compute(points, engine);
     ASSERT_TRUE(out.result);
@@ -148,14 +153,11 @@ TEST(FitDiagnostics, UncertaintiesCoverTheTrueErrorAsOftenAsTheyShould) {
     const SyntheticPlate plate;
     const Eigen::Matrix3d truth = plate.trueMatrix();
     std::mt19937 random(2024);
-    std::normal_distribution<double> noise(0, 2e-5);
     int covered = 0;
     int total = 0;
     for (int trial = 0; trial < 400; ++trial) {
         std::vector<CalPoint> points = plate.grid(TenPoints);
-        for (CalPoint& p : points)
-            for (double& v : p.dataMean)
-                v += noise(random);
+        addNoise(points, random, 2e-5);
         BuiltInFitEngine engine;
         const FitOutcome out = MatrixFit::compute(points, engine);
         ASSERT_TRUE(out.result);
@@ -186,16 +188,13 @@ TEST(FitDiagnostics, NoUncertaintyWithoutDegreesOfFreedom) {
 TEST(FitDiagnostics, AWeightOffItsMarkIsThePointFlagged) {
     const SyntheticPlate plate;
     std::mt19937 random(99);
-    std::normal_distribution<double> noise(0, 2e-5);
     for (int misplaced = 0; misplaced < 10; ++misplaced) {
         std::vector<CalPoint> points;
         for (int k = 0; k < 10; ++k) {
             const auto [x, y] = TenPoints[k];
             points.push_back(k == misplaced ? plate.point(x, y, 0.02, 0) : plate.point(x, y));
         }
-        for (CalPoint& p : points)
-            for (double& v : p.dataMean)
-                v += noise(random);
+        addNoise(points, random, 2e-5);
         BuiltInFitEngine engine;
         const FitOutcome out = MatrixFit::compute(points, engine);
         ASSERT_TRUE(out.result);
@@ -241,10 +240,7 @@ TEST(OctaveFitEngine, GivesTheSameFitAsTheBuiltInOne) {
     const SyntheticPlate plate;
     std::vector<CalPoint> points = plate.grid(TenPoints);
     std::mt19937 random(5);
-    std::normal_distribution<double> noise(0, 1e-4);
-    for (CalPoint& p : points)
-        for (double& v : p.dataMean)
-            v += noise(random);
+    addNoise(points, random, 1e-4);
     BuiltInFitEngine builtIn;
     const FitOutcome ours = MatrixFit::compute(points, builtIn);
     const FitOutcome theirs = MatrixFit::compute(points, octave);
