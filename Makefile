@@ -41,7 +41,7 @@ fuzz: deps
 	$(BUILD_FUZZ)/bin/fuzz_$(FUZZ) -max_total_time=$(FUZZ_TIME) -timeout=10 $(BUILD_FUZZ)/corpus/$(FUZZ) \
 		fuzz/corpus/$(FUZZ) $(if $(filter scenario,$(FUZZ)),scenarios)
 
-# Single-line faults from scripts/mutation-faults.txt, each applied to a copy of the tree in
+# Single-line faults from scripts/mutation-faults/, each applied to a copy of the tree in
 # build-mutation/ and checked against the tests that should notice it; reports the survivors.
 # Slow (it rebuilds after every fault): MUTATION="acquire- main-" runs only those faults.
 mutation: deps

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
 """Mutation check: do the tests notice single-line faults?
 
-Each fault in scripts/mutation-faults.txt replaces one text that occurs exactly once in one
-file. The faults are applied one at a time to a copy of the tree (build-mutation/tree), which
+Each fault in scripts/mutation-faults/*.txt (one file per subsystem) replaces one text that
+occurs exactly once in one file. The faults are applied one at a time to a copy of the tree (build-mutation/tree), which
 is rebuilt incrementally in build-mutation/tree/build, and only the test programs the fault names
 are built and run. A fault is caught when one of them fails (or hangs past the time limit);
 otherwise it survives. The report lists the survivors and the share caught.
@@ -27,7 +27,7 @@ TREE = WORK / "tree"
 # Inside the copy, as build/ is inside the tree: the same relative paths let a compiler cache
 # with a base directory reuse the objects of unchanged files.
 BUILD = TREE / "build"
-FAULTS = ROOT / "scripts" / "mutation-faults.txt"
+FAULTS = ROOT / "scripts" / "mutation-faults"
 TEST_TIMEOUT_S = 600  # a hang counts as caught
 JOBS = os.environ.get("MUTATION_JOBS", "2")
 
@@ -41,9 +41,11 @@ class Fault:
 
 
 def read_faults(path):
-    """Blocks of "name: description" followed by file:, find:, replace: and tests: lines. The
-    value of find: and replace: is the text after "find: " as it stands, indentation included;
-    a field given again continues it on a new line."""
+    """Blocks of "name: description" followed by file:, find:, replace: and tests: lines, which
+    name the file, the text to replace (it must occur exactly once), its replacement and the
+    test programs that can notice the fault (only those are rebuilt and run). The value of
+    find: and replace: is the text after "find: " as it stands, indentation included; a field
+    given again continues it on a new line. Lines starting with # are comments."""
     faults = []
     for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
         if not line.strip() or line.lstrip().startswith("#"):
@@ -113,7 +115,7 @@ def main():
     parser.add_argument("--list", action="store_true", help="list the faults and stop")
     arguments = parser.parse_args()
 
-    faults = [f for f in read_faults(FAULTS)
+    faults = [f for path in sorted(FAULTS.glob("*.txt")) for f in read_faults(path)
               if not arguments.prefixes or any(f.name.startswith(p) for p in arguments.prefixes)]
     if arguments.list:
         for fault in faults:
