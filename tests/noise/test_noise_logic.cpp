@@ -24,31 +24,27 @@ QByteArray fileBytes(const QString& path) {
 class NoisePlanTest : public ::testing::Test {
 protected:
     IniFile ini() const { return IniFile(environment.path() + "/profile/KXPlateCpl.ini"); }
-    void put(const QString& key, const QString& value) {
+    void put(std::initializer_list<std::pair<const char*, const char*>> values) {
         QDir().mkpath(environment.path() + "/profile");
-        ini().setValue("Noise", key, value);
+        for (const auto& [key, value] : values)
+            ini().setValue("Noise", key, value);
     }
     test::TempEnvironment environment;
 };
 
-TEST_F(NoisePlanTest, WithoutAFileEveryValueIsItsDefault) {
-    const NoisePlan plan = NoisePlan::read(ini());
+TEST_F(NoisePlanTest, DefaultsWithoutAFileAndTwoFrequenciesWithoutTheirKeysAre32And64Hz) {
+    NoisePlan plan = NoisePlan::read(ini());
     EXPECT_EQ(plan.frequencies, (QList<float>{32, 64, 128, 256, 512}));
-    ASSERT_EQ(plan.excitations.size(), 20);
-    EXPECT_EQ(plan.excitations.front(), 0.25f);
-    EXPECT_EQ(plan.excitations[1], 0.5f);
-    EXPECT_EQ(plan.excitations.back(), 5.0f);
-    EXPECT_EQ(plan.channels, 3);
-    EXPECT_EQ(std::tuple(plan.testDuration, plan.frequencySettling, plan.excitationSettling,
-                         plan.initialDelay),
-              std::tuple(60.0f, 10.0f, 300.0f, 3600.0f));
-}
+    QList<float> excitations;
+    for (int i = 1; i <= 20; ++i)
+        excitations << 0.25f * static_cast<float>(i);
+    EXPECT_EQ(plan.excitations, excitations);
+    EXPECT_EQ(std::tuple(plan.channels, plan.testDuration, plan.frequencySettling,
+                         plan.excitationSettling, plan.initialDelay),
+              std::tuple(3, 60.0f, 10.0f, 300.0f, 3600.0f));
 
-TEST_F(NoisePlanTest, TwoFrequenciesWithoutTheirKeysAre32And64Hz) {
-    put("Frequencies", "2");
-    put("Excitations", "1");
-    put("Excitation 0", "2.5");
-    const NoisePlan plan = NoisePlan::read(ini());
+    put({{"Frequencies", "2"}, {"Excitations", "1"}, {"Excitation 0", "2.5"}});
+    plan = NoisePlan::read(ini());
     EXPECT_EQ(plan.frequencies, (QList<float>{32, 64}));
     EXPECT_EQ(plan.excitations, QList<float>{2.5f});
 }
@@ -56,16 +52,16 @@ TEST_F(NoisePlanTest, TwoFrequenciesWithoutTheirKeysAre32And64Hz) {
 // A damaged file never crashes the dialog nor asks for an absurd run: the value's default,
 // or the count clamped.
 TEST_F(NoisePlanTest, MalformedOrAbsurdValuesFallBackOrAreClamped) {
-    put("Frequencies", "1000");
-    put("Excitations", "zero");
-    put("Channels", "9");
-    put("Test Duration", "0");
-    put("Initial Delay", "-5");
-    put("Frequency Settling Time", "0");
-    put("Excitation Settling Time", "nan");
-    put("Frequency 1", "fast");
-    put("Frequency 2", "-64");
-    put("Excitation 3", "-5");
+    put({{"Frequencies", "1000"},
+         {"Excitations", "zero"},
+         {"Channels", "9"},
+         {"Test Duration", "0"},
+         {"Initial Delay", "-5"},
+         {"Frequency Settling Time", "0"},
+         {"Excitation Settling Time", "nan"},
+         {"Frequency 1", "fast"},
+         {"Frequency 2", "-64"},
+         {"Excitation 3", "-5"}});
     const NoisePlan plan = NoisePlan::read(ini());
     EXPECT_EQ(plan.frequencies.size(), NoisePlan::MaxFrequencies);
     EXPECT_EQ(plan.frequencies[1], 64.0f);
@@ -73,10 +69,10 @@ TEST_F(NoisePlanTest, MalformedOrAbsurdValuesFallBackOrAreClamped) {
     EXPECT_EQ(plan.excitations.size(), 20);
     EXPECT_EQ(plan.excitations[3], -5.0f) << "a reversed excitation is a real setting";
     EXPECT_EQ(plan.channels, 4);
-    EXPECT_EQ(plan.testDuration, 60.0f);
-    EXPECT_EQ(plan.initialDelay, 3600.0f);
-    EXPECT_EQ(plan.frequencySettling, 0.0f) << "no wait is allowed";
-    EXPECT_EQ(plan.excitationSettling, 300.0f);
+    // No wait (a settling time of 0) is allowed, a test of no length is not.
+    EXPECT_EQ(std::tuple(plan.testDuration, plan.initialDelay, plan.frequencySettling,
+                         plan.excitationSettling),
+              std::tuple(60.0f, 3600.0f, 0.0f, 300.0f));
 }
 
 TEST_F(NoisePlanTest, WritingMakesTheFolderAndReadsBackTheSamePlan) {
@@ -98,22 +94,18 @@ TEST_F(NoisePlanTest, WritingMakesTheFolderAndReadsBackTheSamePlan) {
 }
 
 TEST(NoiseSequence, FrequenciesAreTheInnerLoopAndEachTestHasItsWait) {
-    using W = NoiseSequence::Wait;
+    const NoisePlan plan; // waits: 3600 s initial, 300 s excitation, 10 s frequency
     NoiseSequence sequence(3, 2);
     sequence.restart();
-    const std::tuple<qsizetype, qsizetype, W> expected[] = {
-        {0, 0, W::Initial},    {1, 0, W::Frequency}, {2, 0, W::Frequency},
-        {0, 1, W::Excitation}, {1, 1, W::Frequency}, {2, 1, W::Frequency}};
+    const std::tuple<qsizetype, qsizetype, float> expected[] = {
+        {0, 0, 3600}, {1, 0, 10}, {2, 0, 10}, {0, 1, 300}, {1, 1, 10}, {2, 1, 10}};
     for (qsizetype i = 0; i < std::ssize(expected); ++i) {
         EXPECT_EQ(std::tuple(sequence.frequencyIndex(), sequence.excitationIndex(),
-                             sequence.waitInForce()),
+                             sequence.waitSeconds(plan)),
                   expected[i])
             << "test " << i;
         EXPECT_EQ(sequence.advance(), i + 1 < std::ssize(expected));
     }
-    NoisePlan plan;
-    sequence.restart();
-    EXPECT_EQ(sequence.waitSeconds(plan), 3600.0f);
 }
 
 TEST(NoiseSequence, TheWaitEndsOnTheFirstTickPastItsWholeSeconds) {
@@ -146,29 +138,12 @@ TEST(PrintZones, EveryItemIsFollowedByBlanksToTheNextZone) {
     }
 }
 
-class NoiseText : public ::testing::Test {
-protected:
-    NoiseText() {
-        plan.frequencies = {32, 64};
-        plan.excitations = {0.25f, 5};
-        plan.channels = 1;
-    }
+TEST(NoiseResultText, AnItemWiderThanItsZoneStillLeavesTheLineReadable) {
     NoisePlan plan;
-    NoiseResults results{1, 2, 2};
-};
-
-TEST_F(NoiseText, TheFileHasOneLinePerExcitationWithZerosForTestsNotRun) {
-    results.store(1, 0, {-1234.5678}, {12.3456}, {78.9}); // 64 Hz at 0.25 V
-    const QByteArray expected = "0.250         032.000       000000.000    000.000       000.000"
-                                "       064.000       -001234.568   012.346       078.900       "
-                                "\r\n"
-                                "5.000         032.000       000000.000    000.000       000.000"
-                                "       064.000       000000.000    000.000       000.000       "
-                                "\r\n";
-    EXPECT_EQ(noiseResultFile(plan, results), expected);
-}
-
-TEST_F(NoiseText, AnItemWiderThanItsZoneStillLeavesTheLineReadable) {
+    plan.frequencies = {32, 64};
+    plan.excitations = {0.25f, 5};
+    plan.channels = 1;
+    NoiseResults results(1, 2, 2);
     results.store(0, 0, {8.4e12}, {1e6}, {6e6});
     const QString line = QString::fromLatin1(noiseResultFile(plan, results)).split("\r\n")[0];
     const QStringList items = line.split(' ', Qt::SkipEmptyParts);
@@ -178,16 +153,7 @@ TEST_F(NoiseText, AnItemWiderThanItsZoneStillLeavesTheLineReadable) {
     EXPECT_EQ(line.indexOf("1000000.000") % PrintZoneWidth, 0) << "the next item keeps to a zone";
 }
 
-TEST_F(NoiseText, TheListLineShowsOneTestWithItsOwnPatterns) {
-    plan.channels = 2;
-    NoiseResults two(2, 2, 2);
-    two.store(1, 1, {8388608.25, -3}, {17.5, 0.25}, {105, 1.5});
-    EXPECT_EQ(noiseListLine(plan, two, 1, 1), "5.000   064.000      8388608.250   00017.500   "
-                                              "00105.000      -0000003.000   00000.250   "
-                                              "00001.500");
-}
-
-TEST_F(NoiseText, ClearingForgetsEveryTestAndMissingChannelsStayZero) {
+TEST(NoiseResults, ClearingForgetsEveryTestAndMissingChannelsStayZero) {
     NoiseResults three(3, 2, 2);
     three.store(0, 1, {1, 2}, {3, 4}, {5, 6});
     EXPECT_TRUE(three.measured(0, 1));
@@ -197,17 +163,6 @@ TEST_F(NoiseText, ClearingForgetsEveryTestAndMissingChannelsStayZero) {
     three.clear();
     EXPECT_TRUE(three.empty());
     EXPECT_EQ(three.value(NoiseResults::R2, 0, 0, 1), 0);
-}
-
-TEST(NoiseResultFile, TheNameTakesTheFirstFreeNumber) {
-    test::TempEnvironment environment;
-    const QString folder = environment.documentsFolder();
-    EXPECT_EQ(firstFreeNoiseFile(folder, "1234"), folder + "/1234_Noise_1.TXT");
-    for (const char* name : {"/1234_Noise_1.TXT", "/1234_Noise_3.TXT", "/999_Noise_2.TXT"}) {
-        QFile file(folder + name);
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-    }
-    EXPECT_EQ(firstFreeNoiseFile(folder, "1234"), folder + "/1234_Noise_2.TXT");
 }
 
 TEST(NoiseResultFile, AFailedSaveIsReportedOnceKeepsTheLastWholeFileAndIsRetried) {
