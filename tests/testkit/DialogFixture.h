@@ -51,10 +51,10 @@ protected:
         dialog->show();
         return *dialog;
     }
-    // Moves the clock a millisecond at a time until `done` holds, at most `limitMs`.
-    bool advanceUntil(const std::function<bool()>& done, int limitMs) {
-        for (int ms = 0; ms < limitMs && !done(); ++ms)
-            clock.advance(1);
+    // Moves the clock a step at a time until `done` holds, at most `limitMs`.
+    bool advanceUntil(const std::function<bool()>& done, int limitMs, int stepMs = 1) {
+        for (int ms = 0; ms < limitMs && !done(); ms += stepMs)
+            clock.advance(stepMs);
         return done();
     }
 
