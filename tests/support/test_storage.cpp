@@ -13,6 +13,10 @@
 
 #ifdef Q_OS_UNIX
 #include "FileSizeLimit.h"
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
 #endif
 
 using namespace kx;
@@ -43,22 +47,26 @@ protected:
 };
 using IniFileTest = Settings;
 
-TEST_F(Settings, HelpNamesTheFilesWhereTheEnvironmentPutsThem) {
+TEST_F(Settings, TheProfileAndHelpFollowTheEnvironment) {
+    const QString profile =
+        m_environment.commonAppDataFolder() + "/Quentral/Plate Control Panel/KXPlateCpl.ini";
+    EXPECT_EQ(IniFile::sharedProfile().path(), profile);
     const QString help = fileLocationsHelp();
     for (const QString& expected :
-         {m_environment.settingsFile(), QStringLiteral("KX_SETTINGS_FILE"),
-          m_environment.commonAppDataFolder() +
-              QStringLiteral("/Quentral/Plate Control Panel/KXPlateCpl.ini"),
-          QStringLiteral("KX_COMMON_APPDATA"), m_environment.documentsFolder(),
-          QStringLiteral("KX_DOCUMENTS")})
+         QStringList{m_environment.settingsFile(), profile, m_environment.documentsFolder(),
+                     "KX_SETTINGS_FILE", "KX_COMMON_APPDATA", "KX_DOCUMENTS"})
         EXPECT_TRUE(help.contains(expected)) << expected.toStdString() << "\n"
                                              << help.toStdString();
 }
 
-TEST_F(Settings, MissingValuesReadAsTheirTrimmedDefaultsAndAreNotWritten) {
+TEST_F(Settings, MissingValuesReadTheirTrimmedDefaultsAndEveryReadSeesTheFileAsItIsNow) {
     EXPECT_EQ(GetSettingString(kUser, kAcquisitionKey, "Min Autoscale Res", " 0.001  "), "0.001");
-    EXPECT_EQ(GetSettingLong(kUser, kAcquisitionKey, "Min Fz (mN)", -2500), -2500);
-    EXPECT_FALSE(QFile::exists(m_environment.settingsFile()));
+    EXPECT_EQ(GetSettingLong(kUser, kMeterKey, "Refresh Rate (Hz)", -2500), -2500);
+    EXPECT_FALSE(QFile::exists(m_environment.settingsFile())) << "a read writes nothing";
+    SaveSettingLong(kUser, kMeterKey, "Refresh Rate (Hz)", 5);
+    writeFileBytes(m_environment.settingsFile(),
+                   stored().replace("dword:00000005", "dword:00000009"));
+    EXPECT_EQ(GetSettingLong(kUser, kMeterKey, "Refresh Rate (Hz)", 0), 9);
 }
 
 // Texts longer than the read buffer (512) read as the default; a text ends at its first NUL.
@@ -199,15 +207,6 @@ TEST(SettingsFile, DeepKeysReadBackAndDeeperThanTheRegistryAreRefused) {
     EXPECT_EQ(tooDeep.skippedLines().size(), 2);
 }
 
-TEST_F(Settings, EveryReadSeesTheFileAsItIsNow) {
-    SaveSettingLong(kUser, kMeterKey, "Refresh Rate (Hz)", 5);
-    writeFileBytes(m_environment.settingsFile(),
-                   stored().replace("dword:00000005", "dword:00000009"));
-    EXPECT_EQ(GetSettingLong(kUser, kMeterKey, "Refresh Rate (Hz)", 0), 9);
-    QFile::remove(m_environment.settingsFile());
-    EXPECT_EQ(GetSettingLong(kUser, kMeterKey, "Refresh Rate (Hz)", 0), 0);
-}
-
 int warnings = 0;
 
 TEST_F(Settings, ABadLineIsReportedOnceAndEveryOtherValueKeepsWorking) {
@@ -231,17 +230,24 @@ TEST_F(Settings, ABadLineIsReportedOnceAndEveryOtherValueKeepsWorking) {
     qInstallMessageHandler(previous);
 }
 
-// A file that cannot be opened is not damaged: it is neither renamed nor replaced. A folder in
-// its place stands in for a file the user may not read, as the tests may run as root.
+#ifdef Q_OS_UNIX
+// A file that cannot be opened is not damaged: it is neither renamed nor replaced. A socket in
+// its place stands in for a file the user may not read: even root cannot open it.
 TEST_F(Settings, AFileThatCannotBeOpenedIsLeftAlone) {
-    ASSERT_TRUE(QDir().mkpath(m_environment.settingsFile()));
+    const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    const QByteArray path = QFile::encodeName(m_environment.settingsFile());
+    ASSERT_LT(path.size(), qsizetype{sizeof address.sun_path});
+    std::copy(path.begin(), path.end(), address.sun_path);
+    ASSERT_EQ(::bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0);
     EXPECT_EQ(GetSettingLong(kUser, kAcquisitionKey, "Scrolling", 3), 3);
     SaveSettingLong(kUser, kAcquisitionKey, "Scrolling", 1);
-    EXPECT_TRUE(QFileInfo(m_environment.settingsFile()).isDir());
+    EXPECT_FALSE(QFileInfo(m_environment.settingsFile()).isFile()) << "replaced by a new file";
     EXPECT_EQ(files().size(), 0) << "no file renamed aside or written beside it";
+    ::close(socket);
 }
 
-#ifdef Q_OS_UNIX
 TEST_F(Settings, ASaveThatFailsLeavesTheFileAsItWas) {
     SaveSettingString(kUser, kAcquisitionKey, "Last File Path", "/data");
     const QByteArray before = stored();
@@ -332,7 +338,7 @@ TEST_F(IniFileTest, AWriteThatFailsKeepsTheOldContentsOrIsLost) {
 }
 #endif
 
-TEST(Folders, ExistsOnlyForFoldersAndCreatesEveryMissingLevel) {
+TEST(Folders, ExistOnlyAsFoldersAreWritableOnlyWhereTheSystemSaysAndAreMadeLevelByLevel) {
     test::TempEnvironment environment;
     const QString folder = environment.documentsFolder();
     QFile(folder + "/file.txt").open(QIODevice::WriteOnly);
@@ -342,6 +348,16 @@ TEST(Folders, ExistsOnlyForFoldersAndCreatesEveryMissingLevel) {
                                               {"   ", false}};
     for (const auto& [path, expected] : cases)
         EXPECT_EQ(FolderExists(path), expected) << path.toStdString();
+    EXPECT_TRUE(FolderIsWritable(folder));
+    EXPECT_FALSE(FolderIsWritable(folder + "/missing"));
+    EXPECT_FALSE(FolderIsWritable(folder + "/file.txt"));
+    QDir(folder).mkdir("locked");
+    QFile::setPermissions(folder + "/locked", QFile::ReadOwner | QFile::ExeOwner);
+    // The superuser writes anywhere; the check asks the system rather than reading the bits.
+    QFile probe(folder + "/locked/probe");
+    EXPECT_EQ(FolderIsWritable(folder + "/locked"), probe.open(QIODevice::WriteOnly));
+    QFile::setPermissions(folder + "/locked",
+                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
 
     const QString deep = environment.commonAppDataFolder() + "/Quentral/Plate Control Panel/x";
     CreateFolderPath(deep);
@@ -368,61 +384,25 @@ TEST(Folders, FolderOfPathAndSpecialFolders) {
     EXPECT_EQ(DocumentsFolder(), "/srv/docs"); // without a trailing separator
 }
 
-} // namespace
-
-namespace {
-
 // The profile is one file for the whole machine where the installed package made its folder;
-// elsewhere (a program run from its build folder) each user keeps one and hears why once.
+// elsewhere (a program run from its build folder) each user keeps one and hears why once, told
+// both folders so that an administrator knows what to make.
 TEST(SharedProfileFolder, MachineWideWhereUsableElseThePerUserFolderWithANotice) {
-    struct Case {
-        QString overridden;
-        bool machineWideUsable;
-        QString expected;
-        bool notice;
-    };
-    const Case cases[] = {{"", true, "/var/lib/kxcpl", false},
-                          {"", false, "/home/ann/.local/share", true},
-                          // the environment moves it wherever it points, usable or not
-                          {"/srv/plates", false, "/srv/plates", false},
-                          {"/srv/plates", true, "/srv/plates", false}};
-    for (const Case& c : cases) {
+    const std::tuple<QString, bool, QString> cases[] = {
+        {"", true, "/var/lib/kxcpl"},
+        {"", false, "/home/ann/.local/share"},
+        // the environment moves it wherever it points, usable or not
+        {"/srv/plates", false, "/srv/plates"},
+        {"/srv/plates", true, "/srv/plates"}};
+    for (const auto& [overridden, usable, expected] : cases) {
         const CommonAppDataChoice choice = ChooseCommonAppDataFolder(
-            c.overridden, "/var/lib/kxcpl", c.machineWideUsable, "/home/ann/.local/share");
-        EXPECT_EQ(choice.folder, c.expected) << c.overridden.toStdString();
-        EXPECT_EQ(choice.notice.isEmpty(), !c.notice) << choice.notice.toStdString();
+            overridden, "/var/lib/kxcpl", usable, "/home/ann/.local/share");
+        EXPECT_EQ(choice.folder, expected) << overridden.toStdString();
+        const bool told = expected.startsWith("/home");
+        for (const char* folder : {"\"/var/lib/kxcpl/Quentral/Plate Control Panel\"",
+                                   "\"/home/ann/.local/share/Quentral/Plate Control Panel\""})
+            EXPECT_EQ(choice.notice.contains(folder), told) << choice.notice.toStdString();
     }
-    // The notice names both profile folders, so an administrator knows what to make.
-    const QString notice =
-        ChooseCommonAppDataFolder("", "/var/lib/kxcpl", false, "/home/ann/.local/share").notice;
-    EXPECT_TRUE(notice.contains("\"/var/lib/kxcpl/Quentral/Plate Control Panel\""))
-        << notice.toStdString();
-    EXPECT_TRUE(notice.contains("\"/home/ann/.local/share/Quentral/Plate Control Panel\""))
-        << notice.toStdString();
-}
-
-TEST(SharedProfileFolder, IsUsableOnlyAsAnExistingFolderThisUserMayWriteIn) {
-    test::TempEnvironment environment;
-    const QString folder = environment.path();
-    QFile(folder + "/file.txt").open(QIODevice::WriteOnly);
-    EXPECT_TRUE(FolderIsWritable(folder));
-    EXPECT_FALSE(FolderIsWritable(folder + "/missing"));
-    EXPECT_FALSE(FolderIsWritable(folder + "/file.txt"));
-
-    QDir(folder).mkdir("locked");
-    QFile::setPermissions(folder + "/locked", QFile::ReadOwner | QFile::ExeOwner);
-    // The superuser writes anywhere; the check asks the system rather than reading the bits.
-    QFile probe(folder + "/locked/probe");
-    const bool systemLetsUsWrite = probe.open(QIODevice::WriteOnly);
-    EXPECT_EQ(FolderIsWritable(folder + "/locked"), systemLetsUsWrite);
-    QFile::setPermissions(folder + "/locked",
-                          QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-}
-
-TEST(SharedProfileFolder, TheProfileFollowsTheEnvironmentVariable) {
-    test::TempEnvironment environment;
-    EXPECT_EQ(IniFile::sharedProfile().path(),
-              environment.commonAppDataFolder() + "/Quentral/Plate Control Panel/KXPlateCpl.ini");
 }
 
 } // namespace
