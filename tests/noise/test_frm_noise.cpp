@@ -1,6 +1,7 @@
 #include "../support/FileSizeLimit.h"
 #include "../support/PrintQString.h"
 #include "DialogFixture.h"
+#include "FileBytes.h"
 #include "noise/NoiseChart.h"
 #include "noise/frmNoise.h"
 #include "resources/StringTable.h"
@@ -19,10 +20,7 @@
 namespace kx {
 namespace {
 
-QByteArray fileBytes(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
+using test::fileBytes;
 
 // The lines of a result file, each split into its items.
 QList<QStringList> fileItems(const QString& path) {

@@ -1,3 +1,4 @@
+#include "FileBytes.h"
 #include "FileSizeLimit.h"
 #include "PrintQString.h"
 #include "TempEnvironment.h"
@@ -16,10 +17,7 @@
 namespace kx {
 namespace {
 
-QByteArray fileBytes(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
+using test::fileBytes;
 
 class NoisePlanTest : public ::testing::Test {
 protected:
