@@ -2,7 +2,6 @@
 #include "../support/PrintQString.h"
 #include "DialogFixture.h"
 #include "FileBytes.h"
-#include "noise/NoiseChart.h"
 #include "noise/frmNoise.h"
 #include "resources/StringTable.h"
 #include "support/IniFile.h"

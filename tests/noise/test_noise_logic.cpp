@@ -73,7 +73,7 @@ TEST_F(NoisePlanTest, MalformedOrAbsurdValuesFallBackOrAreClamped) {
               std::tuple(60.0f, 3600.0f, 0.0f, 300.0f));
 }
 
-TEST_F(NoisePlanTest, WritingMakesTheFolderAndReadsBackTheSamePlan) {
+TEST_F(NoisePlanTest, WritingMakesTheFolderAndPutsEveryValueAsText) {
     NoisePlan plan = NoisePlan::defaults();
     plan.frequencies = {31.25f, 1000};
     plan.excitations = {0.25f, 4.75f, 5};
@@ -85,10 +85,6 @@ TEST_F(NoisePlanTest, WritingMakesTheFolderAndReadsBackTheSamePlan) {
          {"Frequencies=2", "Excitations=3", "Frequency 0=31.25", "Frequency 1=1000",
           "Excitation 1=4.75", "Excitation 2=5", "Initial Delay=1.5", "Test Duration=60"})
         EXPECT_TRUE(text.contains(line)) << line;
-    const NoisePlan back = NoisePlan::read(deep);
-    EXPECT_EQ(back.frequencies, plan.frequencies);
-    EXPECT_EQ(back.excitations, plan.excitations);
-    EXPECT_EQ(back.initialDelay, 1.5f);
 }
 
 TEST(NoiseSequence, FrequenciesAreTheInnerLoopAndEachTestHasItsWait) {
