@@ -30,7 +30,7 @@ std::optional<QString> RecordingPrompt::answerFileDialog(const QString& kind,
 
 bool RecordingPrompt::playSound(const QString& path) {
     events << QStringLiteral("sound:") + path;
-    return soundPlays;
+    return true;
 }
 
 } // namespace kx::test

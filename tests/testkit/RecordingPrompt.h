@@ -27,7 +27,6 @@ public:
     std::vector<FileDialogRequest> dialogs; // every file dialog asked for
     std::deque<std::optional<QString>> fileAnswers;
     int beeps = 0;
-    bool soundPlays = true;
     // Runs while a message box is "open", as the user's event loop would.
     std::function<void(const QString&)> whileMessageOpen;
 

@@ -18,14 +18,4 @@ TempEnvironment::~TempEnvironment() {
     qunsetenv("KX_DOCUMENTS");
 }
 
-QString TempEnvironment::settingsFile() const {
-    return m_dir.filePath(QStringLiteral("user-settings.ini"));
-}
-QString TempEnvironment::commonAppDataFolder() const {
-    return m_dir.filePath(QStringLiteral("common"));
-}
-QString TempEnvironment::documentsFolder() const {
-    return m_dir.filePath(QStringLiteral("documents"));
-}
-
 } // namespace kx::test

@@ -14,9 +14,9 @@ public:
     ~TempEnvironment();
 
     QString path() const { return m_dir.path(); }
-    QString settingsFile() const;
-    QString commonAppDataFolder() const;
-    QString documentsFolder() const;
+    QString settingsFile() const { return m_dir.filePath(QStringLiteral("user-settings.ini")); }
+    QString commonAppDataFolder() const { return m_dir.filePath(QStringLiteral("common")); }
+    QString documentsFolder() const { return m_dir.filePath(QStringLiteral("documents")); }
 
 private:
     QTemporaryDir m_dir;
