@@ -55,11 +55,10 @@ class NoiseTest : public test::DialogFixture<frmNoise> {
 protected:
     IniFile ini() const { return IniFile::sharedProfile(); }
     void plan(std::initializer_list<std::pair<const char*, const char*>> values) {
-        QDir().mkpath(FolderOfIni());
+        QDir().mkpath(QFileInfo(ini().path()).path());
         for (const auto& [key, value] : values)
             ini().setValue("Noise", key, value);
     }
-    QString FolderOfIni() const { return QFileInfo(ini().path()).path(); }
     // A plan that runs in minutes: two frequencies, two excitations, 1 s waits, 2 s tests.
     void smallPlan() {
         plan({{"Frequencies", "2"},
@@ -116,7 +115,7 @@ TEST_F(NoiseTest, OpensWithItsCaptionsNamesAndTheFirstFreeFile) {
         EXPECT_FALSE(test::child<QWidget>(dialog.get(), name)->accessibleName().isEmpty()) << name;
     EXPECT_EQ(dialog->lblFreqTxt->accessibleName(), "Sampling Freq (Hz)");
     EXPECT_EQ(dialog->resultPath(), environment.documentsFolder() + "/20418_Noise_2.TXT");
-    EXPECT_TRUE(QFileInfo(FolderOfIni()).isDir()) << "the INI file's folder is made on opening";
+    EXPECT_TRUE(QFileInfo(ini().path()).dir().exists()) << "the INI file's folder is made";
     EXPECT_TRUE(dialog->cmdAcquire->isEnabled());
 }
 
