@@ -151,8 +151,9 @@ std::optional<CalibrationReport> CalibrationReport::build(const Calibration& cal
         .heading = caption(c::ReportScaledMatrix),
         .table = matrixTable(scaled, uncertainty, std::abs(double(record.scaleValue))),
         .notes = {strings::text(c::ScaledMatrixCaption)}};
-    report.pages.push_back({{plateSection(calibration, fit, facts),
-                             conditionsSection(record.environment), fitted, scaledSection}});
+    report.pages.push_back(
+        {{plateSection(calibration, fit, facts), conditionsSection(record.environment), fitted,
+          scaledSection, scalingSection(record, fit.matrix)}});
 
     ReportSection picture{.heading = caption(c::ReportPicture), .picture = true};
     ReportSection errors{.heading = caption(c::ErrorsFrame),
@@ -162,7 +163,7 @@ std::optional<CalibrationReport> CalibrationReport::build(const Calibration& cal
     ReportSection limits{.heading = caption(c::ReportLimits)};
     add(limits.fields, c::ReportMaxZeroStdDev, formatGeneral(facts.maxZeroStdDev));
     add(limits.fields, c::ReportMaxDataStdDev, formatGeneral(facts.maxDataStdDev));
-    report.pages.push_back({{picture, errors, scalingSection(record, fit.matrix), limits}});
+    report.pages.push_back({{picture, errors, limits}});
     return report;
 }
 

@@ -16,7 +16,7 @@ namespace {
 constexpr int Dpi = 300;
 // The picture is drawn at screen scale, so its pens, arrow heads and legend look as on screen.
 constexpr double PictureScale = Dpi / 96.0;
-constexpr double PictureHeightMm = 100;
+constexpr double PictureHeightMm = 120;
 
 double mm(double millimetres) {
     return millimetres * Dpi / 25.4;
@@ -40,7 +40,14 @@ public:
         , m_report(report)
         , m_pageCount(pageCount)
         , m_width(writer.width())
-        , m_bottom(writer.height() - mm(9)) {}
+        , m_bottom(writer.height() - mm(9)) {
+        // One column of values through the whole report.
+        const QFontMetricsF labels = metrics(font(9));
+        for (const ReportPage& page : report.pages)
+            for (const ReportSection& section : page.sections)
+                for (const ReportField& field : section.fields)
+                    m_labelWidth = std::max(m_labelWidth, labels.horizontalAdvance(field.label));
+    }
 
     // The number of pages laid out.
     int run() {
@@ -126,11 +133,8 @@ private:
         const QFont labelFont = font(9);
         const QFont valueFont = font(9, true);
         const QFontMetricsF labels = metrics(labelFont);
-        double labelWidth = 0;
-        for (const ReportField& field : list)
-            labelWidth = std::max(labelWidth, labels.horizontalAdvance(field.label));
         const double indent = mm(4);
-        const double valueLeft = indent + labelWidth + mm(5);
+        const double valueLeft = indent + m_labelWidth + mm(5);
         const QRectF valueRoom(valueLeft, 0, m_width - valueLeft, 1e6);
         for (const ReportField& field : list) {
             const double height =
@@ -138,7 +142,7 @@ private:
                     .boundingRect(valueRoom, Qt::TextWordWrap | Qt::TextWrapAnywhere, field.value)
                     .height();
             need(height);
-            text(QRectF(indent, m_y, labelWidth, labels.height()), labelFont,
+            text(QRectF(indent, m_y, m_labelWidth, labels.height()), labelFont,
                  Qt::AlignLeft | Qt::AlignVCenter, field.label);
             text(QRectF(valueLeft, m_y, valueRoom.width(), height), valueFont,
                  Qt::AlignLeft | Qt::AlignTop | Qt::TextWordWrap | Qt::TextWrapAnywhere,
@@ -238,6 +242,7 @@ private:
     int m_pageCount;
     double m_width;
     double m_bottom; // content ends above the footer
+    double m_labelWidth = 0;
     double m_y = 0;
     int m_page = 1;
 };
