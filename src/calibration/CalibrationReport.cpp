@@ -130,7 +130,8 @@ ReportSection scalingSection(const CalibrationRecord& record, const CalMatrix& m
 
 std::optional<CalibrationReport> CalibrationReport::build(const Calibration& calibration,
                                                           const ReportFacts& facts) {
-    if (!calibration.fit || calibration.fit->points.empty())
+    if (!calibration.fit || calibration.fit->points.empty() ||
+        std::size_t(calibration.fit->points.front()) >= calibration.record.points.size())
         return std::nullopt;
     const FitResult& fit = *calibration.fit;
     const CalibrationRecord& record = calibration.record;

@@ -59,7 +59,7 @@ Calibration knownCalibration() {
     // Fz = 1000 × the sum of the means: 245.0 N loaded, 245.2 N unloaded.
     r.steps[0] = {true, OleDate::fromDateTime(at(9, 5)), 0, {0.1, 0.1, 0.045}, {}, 245.f};
     r.steps[7] = {true, OleDate::fromDateTime(at(9, 10)), 0, {0.1, 0.1, 0.0452}, {}, 245.f};
-    r.scaleValue = 1.0005f;
+    r.scaleValue = 1.25f;
     r.environment = {9.796878, 22.5f, 41.f, 1013.2, 5.210406};
 
     FitResult fit;
@@ -140,13 +140,13 @@ TEST(CalibrationReport, StatesEveryFactOfAKnownCalibration) {
     EXPECT_TRUE(fitted.notes.contains("Scatter left: Fz 0.032 N, Mx 0.0046 N·m, My 0.0079 N·m."));
     EXPECT_FALSE(fitted.notes.join(u' ').contains("tips")) << "each element states its own";
 
-    // Scaled by 1.0005, the uncertainties with it.
+    // Scaled by 1.25, the uncertainties with it.
     const ReportSection& scaled = section(
         *report, "Scaled Matrix, written to the plate (each element ± its standard uncertainty)");
     ASSERT_TRUE(scaled.table);
     EXPECT_EQ(scaled.table->rows[0],
-              QStringList({"Fz", "-1000.500 ±0.023", "-1000.500 ±0.046", "-1000.500 ±0.079"}));
-    EXPECT_EQ(scaled.table->rows[1][3], "600.425 ±0.333");
+              QStringList({"Fz", "-1250.000 ±0.029", "-1250.000 ±0.057", "-1250.000 ±0.099"}));
+    EXPECT_EQ(scaled.table->rows[1][3], "750.156 ±0.417");
 
     EXPECT_TRUE(
         section(*report, "Points and Centre-of-Pressure Errors (plate top to scale)").picture);
@@ -165,7 +165,7 @@ TEST(CalibrationReport, StatesEveryFactOfAKnownCalibration) {
     EXPECT_EQ(scaling.table->rows[0], QStringList({"245.000", "245.000", "245.200", "1.0004"}));
     EXPECT_EQ(scaling.table->rows[3], QStringList({"980.000", "", "", ""}));
     // Ratios 1.0 and 245.2 / 245: 2 / 2.000816 is 0.99959.
-    EXPECT_EQ(scaling.fields, fields({{"Scaling Value", "1.0005"}, {"Suggested", "0.9996"}}));
+    EXPECT_EQ(scaling.fields, fields({{"Scaling Value", "1.2500"}, {"Suggested", "0.9996"}}));
 
     EXPECT_EQ(section(*report, "Acceptance Limits").fields,
               fields({{"Max Zero StdDev (converter codes)", "1024"},
