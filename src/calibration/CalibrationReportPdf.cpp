@@ -22,6 +22,7 @@ double mm(double millimetres) {
     return millimetres * Dpi / 25.4;
 }
 
+// A face that holds the °, ², ± and · of the texts; Qt falls back to another where it is missing.
 QFont font(double points, bool bold = false) {
     QFont f(QStringLiteral("DejaVu Sans"));
     f.setPointSizeF(points);
