@@ -9,6 +9,7 @@ packages=(
     python3-numpy
     dpkg-dev desktop-file-utils appstream
     libeigen3-dev
+    poppler-utils
 )
 
 missing=()

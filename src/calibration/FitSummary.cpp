@@ -37,7 +37,7 @@ std::optional<double> FitSummary::largestRelativeUncertainty(const FitResult& fi
     return largest;
 }
 
-QString FitSummary::text(const FitResult& fit) {
+QString FitSummary::text(const FitResult& fit, Uncertainty uncertainty) {
     const FitDiagnostics& d = fit.diagnostics;
     QStringList lines;
     lines << strings::text(c::FitPoints).arg(fit.points.size()).arg(fit.m);
@@ -48,10 +48,12 @@ QString FitSummary::text(const FitResult& fit) {
                  .arg(formatNumber(d.residualRms[0], u"0.000"))
                  .arg(formatNumber(d.residualRms[1], u"0.0000"))
                  .arg(formatNumber(d.residualRms[2], u"0.0000"));
-    if (const std::optional<double> relative = largestRelativeUncertainty(fit))
-        lines << strings::text(c::FitUncertainty).arg(formatNumber(*relative, u"0.000"));
-    else
-        lines << strings::text(c::FitNoUncertainty);
+    if (uncertainty == Uncertainty::Summarised) {
+        if (const std::optional<double> relative = largestRelativeUncertainty(fit))
+            lines << strings::text(c::FitUncertainty).arg(formatNumber(*relative, u"0.000"));
+        else
+            lines << strings::text(c::FitNoUncertainty);
+    }
     QStringList outliers;
     for (std::size_t k = 0; k < d.flagged.size() && k < fit.points.size(); ++k) {
         if (d.flagged[k])

@@ -20,8 +20,10 @@ public:
     // row, in percent; nothing when the fit has no uncertainties.
     static std::optional<double> largestRelativeUncertainty(const FitResult& fit);
 
-    // One line per finding.
-    static QString text(const FitResult& fit);
+    // One line per finding. Where each element's uncertainty is shown beside it (a printed
+    // report), the line on the largest one is left out.
+    enum class Uncertainty { Summarised, ShownApart };
+    static QString text(const FitResult& fit, Uncertainty uncertainty = Uncertainty::Summarised);
 };
 
 } // namespace kx

@@ -66,8 +66,9 @@ double legendHeight(const QFont& font) {
 }
 
 // The legend takes two lines above the plate: the mark states, then the current point's ring
-// and, after a fit, the length of a 1 mm error arrow.
-void drawLegend(QPainter& painter, const QRectF& area, const PlateView& view, bool arrows) {
+// (when a point is current) and, after a fit, the length of a 1 mm error arrow.
+void drawLegend(QPainter& painter, const QRectF& area, const PlateView& view, bool current,
+                bool arrows) {
     const QFontMetricsF metrics(painter.font());
     const double r = metrics.height() / 3;
     double x = area.left() + MarginPixels + r;
@@ -89,7 +90,8 @@ void drawLegend(QPainter& painter, const QRectF& area, const PlateView& view, bo
     entry(ZeroFill, Qt::black, 1, LegendZero);
     entry(DataFill, Qt::black, 1, LegendData);
     newLine();
-    entry(Qt::transparent, CurrentRing, 3, LegendCurrent);
+    if (current)
+        entry(Qt::transparent, CurrentRing, 3, LegendCurrent);
     if (!arrows)
         return;
     const double length = 0.001 * ErrorMagnification * view.pixelsPerMetre();
@@ -171,7 +173,9 @@ void paintPlate(QPainter& painter, const QRectF& area, const PlateDrawing& drawi
         const QPointF towards = mark.position - *mark.copError * ErrorMagnification;
         drawArrow(painter, view.toDevice(mark.position), view.toDevice(towards));
     }
-    drawLegend(painter, area, view, arrows);
+    const bool anyCurrent =
+        drawing.current >= 0 && std::size_t(drawing.current) < drawing.marks.size();
+    drawLegend(painter, area, view, anyCurrent, arrows);
     painter.restore();
 }
 

@@ -1,33 +1,15 @@
 #pragma once
 
+#include "calibration/PlateDrawing.h"
+
 #include <QFont>
 #include <QPointF>
 #include <QRectF>
 #include <QWidget>
-#include <optional>
-#include <vector>
 
 class QPainter;
 
 namespace kx {
-
-// What the plate picture shows, in plate coordinates: metres, X to the right, Y up.
-struct PlateDrawing {
-    struct Mark {
-        QPointF position;
-        bool zero = false; // a zero was accepted here
-        bool data = false; // a data acquisition was accepted here
-        // Point minus the fitted centre of pressure, metres; only for points used by a fit.
-        std::optional<QPointF> copError{};
-    };
-    double left = -0.4064;
-    double right = 0.4064;
-    double bottom = -0.2032;
-    double top = 0.5588;
-    double markRadius = 0.025;
-    int current = 0;
-    std::vector<Mark> marks;
-};
 
 // Maps the plate top into a rectangle of a paint device, to scale (one factor for X and Y),
 // centred, Y upward. The plate's origin lands wherever the extents put it.

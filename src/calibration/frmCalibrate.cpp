@@ -4,7 +4,10 @@
 #include "calibration/BuiltInFitEngine.h"
 #include "calibration/CalFileReader.h"
 #include "calibration/CalFileWriter.h"
+#include "calibration/CalibrationReport.h"
+#include "calibration/CalibrationReportPdf.h"
 #include "calibration/CalibrationSettings.h"
+#include "calibration/CalibrationTexts.h"
 #include "calibration/FitSummary.h"
 #include "calibration/LinearityScaling.h"
 #include "calibration/OctaveFitEngine.h"
@@ -61,6 +64,7 @@ constexpr int FileCaption = 300;
 constexpr int SerialOnFileCaption = 310;
 constexpr int SaveCaption = 320;
 constexpr int OpenCaption = 330;
+constexpr int ReportCaption = strings::calibrate::Report - strings::CalibrateBlock;
 constexpr int CalibrationCaption = 400;
 constexpr int CommandsCaption = 410;
 constexpr int NextCaption = 420;
@@ -125,9 +129,12 @@ float toSingle(double value) {
     return static_cast<float>(value);
 }
 
-QString dateText(const OleDate& date) {
-    const QDateTime when = date.toDateTime();
-    return formatShortDate(when.date()) + u' ' + when.time().toString(QStringLiteral("HH:mm:ss"));
+// The environmental conditions from their boxes, already checked to be numbers.
+void readConditions(CalEnvironment& environment, const QLineEdit& temperature,
+                    const QLineEdit& humidity, const QLineEdit& pressure) {
+    environment.temperature = toSingle(*parseNumber(temperature.text()));
+    environment.humidity = toSingle(*parseNumber(humidity.text()));
+    environment.pressure = *parseNumber(pressure.text());
 }
 
 template <typename T>
@@ -266,6 +273,8 @@ void frmCalibrate::buildControls() {
         valueLabel(label(QStringLiteral("lblSerialNumFileTxt")), QStringLiteral("00000000"));
     cmdFileSave = button(QStringLiteral("cmdFileSave"), SaveCaption);
     cmdFileName = button(QStringLiteral("cmdFileName"), OpenCaption);
+    cmdReport = button(QStringLiteral("cmdReport"), ReportCaption);
+    cmdReport->setAccessibleName(plain(cmdReport->text()));
 
     frmCalibration =
         named(new QGroupBox(text(CalibrationCaption), this), QStringLiteral("frmCalibration"));
@@ -512,8 +521,10 @@ void frmCalibrate::layOutControls() {
     file->addWidget(lblFileName, 0, 0, 1, 2);
     file->addWidget(lblSerialNumFile, 1, 0);
     file->addWidget(lblSerialNumFileTxt, 1, 1);
-    file->addWidget(cmdFileSave, 2, 0);
-    file->addWidget(cmdFileName, 2, 1);
+    auto* fileButtons = new QHBoxLayout;
+    for (QPushButton* fileButton : {cmdFileSave, cmdFileName, cmdReport})
+        fileButtons->addWidget(fileButton);
+    file->addLayout(fileButtons, 2, 0, 1, 2);
 
     auto* conditions = new QGridLayout(frmConditions);
     conditions->addWidget(lblCTemp, 0, 0);
@@ -587,6 +598,7 @@ void frmCalibrate::connectControls() {
     connect(cmdScale, &QPushButton::clicked, this, &frmCalibrate::cmdScale_Click);
     connect(cmdFileSave, &QPushButton::clicked, this, &frmCalibrate::cmdFileSave_Click);
     connect(cmdFileName, &QPushButton::clicked, this, &frmCalibrate::cmdFileName_Click);
+    connect(cmdReport, &QPushButton::clicked, this, &frmCalibrate::cmdReport_Click);
     connect(cmdDisplay, &QPushButton::clicked, this, &frmCalibrate::cmdDisplay_Click);
     connect(cmdOK, &QPushButton::clicked, this, &frmCalibrate::cmdOK_Click);
     connect(cmdCancel, &QPushButton::clicked, this, &QWidget::close);
@@ -933,6 +945,8 @@ void frmCalibrate::setCommandsEnabled(bool enabled) {
     for (QPushButton* button : cmdScaleLoad)
         button->setEnabled(enabled && plate);
     picPlate->setEnabled(enabled);
+    // A report states a matrix: none before one is computed.
+    cmdReport->setEnabled(enabled && m_state->calibration.fit);
 }
 
 // --- The live display -------------------------------------------------------------------
@@ -1061,10 +1075,7 @@ bool frmCalibrate::save() {
     if (!operatorGiven() || !conditionsGiven())
         return false;
     Calibration& c = st.calibration;
-    CalEnvironment& environment = c.record.environment;
-    environment.temperature = toSingle(*parseNumber(txtCTemp->text()));
-    environment.humidity = toSingle(*parseNumber(txtCRH->text()));
-    environment.pressure = *parseNumber(txtCPres->text());
+    readConditions(c.record.environment, *txtCTemp, *txtCRH, *txtCPres);
     QString serial;
     if (device())
         runDevice([&] { serial = device()->SerialNumber(); });
@@ -1128,6 +1139,57 @@ void frmCalibrate::cmdFileName_Click() {
     showEverything();
 }
 
+void frmCalibrate::cmdReport_Click() {
+    State& st = *m_state;
+    // The certificate states the conditions as a save would keep them.
+    if (!conditionsGiven())
+        return;
+    Calibration reported = st.calibration;
+    readConditions(reported.record.environment, *txtCTemp, *txtCRH, *txtCPres);
+    ReportFacts facts{.serial = reported.serialOnFile,
+                      .firmware = {},
+                      .calFileName = QFileInfo(st.openFile).fileName(),
+                      .maxZeroStdDev = st.settings.MaxZeroStdDev,
+                      .maxDataStdDev = st.settings.MaxDataStdDev};
+    if (device()) {
+        runDevice([&] {
+            const QString plate = device()->SerialNumber();
+            if (facts.serial.isEmpty())
+                facts.serial = plate;
+            // Another plate's firmware would be no fact about this calibration's plate.
+            if (plate == facts.serial) {
+                const quint8 major = device()->FirmwareMajor();
+                facts.firmware =
+                    QString::number(major) + u'.' + QString::number(device()->FirmwareMinor());
+            }
+        });
+    }
+    const std::optional<CalibrationReport> report = CalibrationReport::build(reported, facts);
+    if (!report)
+        return;
+    // Named after the calibration file, or the one the next save would write.
+    const QString calFile = st.openFile.isEmpty()
+                                ? nextCalFileName(st.settings.LastFilePath, facts.serial)
+                                : st.openFile;
+    FileDialogRequest request;
+    request.title = strings::text(strings::calibrate::ReportDialogTitle);
+    request.filter = strings::text(strings::calibrate::ReportDialogFilter);
+    request.defaultExtension = strings::text(strings::calibrate::ReportDialogExtension);
+    request.initialFolder = st.settings.LastFilePath;
+    request.fileName = QFileInfo(calFile).completeBaseName() + request.defaultExtension;
+    request.overwritePrompt = true;
+    request.pathMustExist = true;
+    const std::optional<QString> path = prompt().saveFileName(request);
+    if (!path)
+        return;
+    if (!writeReportPdf(*report, *path)) {
+        prompt().critical(strings::text(strings::calibrate::ReportNotWritten)
+                              .arg(QDir::toNativeSeparators(*path)));
+        return;
+    }
+    st.settings.LastFilePath = FolderOfPath(*path);
+}
+
 // --- Commit -----------------------------------------------------------------------------
 
 void frmCalibrate::cmdOK_Click() {
@@ -1170,24 +1232,8 @@ void frmCalibrate::showEverything() {
 }
 
 void frmCalibrate::showPicture() {
-    const Calibration& c = m_state->calibration;
-    PlateDrawing drawing;
-    drawing.left = c.record.plateXLeft;
-    drawing.right = c.record.plateXRight;
-    drawing.top = c.record.plateYTop;
-    drawing.bottom = c.record.plateYBottom;
-    drawing.markRadius = m_state->settings.DisplayPointRadius;
-    drawing.current = c.currentPoint;
-    for (const CalPoint& point : c.record.points)
-        drawing.marks.push_back({QPointF(point.x, point.y), point.zeroDone, point.dataDone});
-    if (c.fit) {
-        for (const FitErrorRow& row : c.fit->errors) {
-            if (std::isfinite(row.x) && std::isfinite(row.y) && row.point >= 0 &&
-                std::size_t(row.point) < drawing.marks.size())
-                drawing.marks[std::size_t(row.point)].copError = QPointF(row.x, row.y);
-        }
-    }
-    picPlate->setDrawing(std::move(drawing));
+    picPlate->setDrawing(
+        PlateDrawing::of(m_state->calibration, m_state->settings.DisplayPointRadius));
 }
 
 void frmCalibrate::showZeroPanel() {
@@ -1200,7 +1246,7 @@ void frmCalibrate::showZeroPanel() {
                                              : QString());
     }
     lblZeroTTxt->setText(point.zeroDone ? formatNumber(point.zeroTemperature, u"0.0") : QString());
-    lblZeroDateTxt->setText(point.zeroDone ? dateText(point.zeroDate) : QString());
+    lblZeroDateTxt->setText(point.zeroDone ? dateTimeText(point.zeroDate) : QString());
 }
 
 void frmCalibrate::showDataPanel() {
@@ -1213,12 +1259,13 @@ void frmCalibrate::showDataPanel() {
                                              : QString());
     }
     lblDataTtxt->setText(point.dataDone ? formatNumber(point.dataTemperature, u"0.0") : QString());
-    lblDataDateTxt->setText(point.dataDone ? dateText(point.dataDate) : QString());
+    lblDataDateTxt->setText(point.dataDone ? dateTimeText(point.dataDate) : QString());
 }
 
 void frmCalibrate::showMatrix() {
     const Calibration& c = m_state->calibration;
     const std::optional<FitResult>& fit = c.fit;
+    cmdReport->setEnabled(fit && cmdFileSave->isEnabled());
     for (int row = 0; row < 3; ++row) {
         for (int column = 0; column < 3; ++column) {
             QTableWidgetItem* cell = flxgrdCalibrationMat->item(row, column);
@@ -1242,11 +1289,9 @@ void frmCalibrate::showMatrix() {
         const FitErrorRow& error = fit->errors[std::size_t(row)];
         const bool flagged = std::size_t(row) < fit->diagnostics.flagged.size() &&
                              fit->diagnostics.flagged[std::size_t(row)];
-        const std::array<QString, 4> texts{
-            QString::number(error.point + 1), formatNumber(error.fz, u"0.000"),
-            formatNumber(error.x, u"0.000000"), formatNumber(error.y, u"0.000000")};
+        const QStringList texts = errorRowTexts(error);
         for (int column = 0; column < 4; ++column) {
-            auto* item = new QTableWidgetItem(texts[std::size_t(column)]);
+            auto* item = new QTableWidgetItem(texts[column]);
             item->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
             if (flagged)
                 item->setBackground(flaggedColour);

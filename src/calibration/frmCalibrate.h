@@ -59,6 +59,7 @@ public:
     QLabel* lblSerialNumFileTxt;
     QPushButton* cmdFileSave;
     QPushButton* cmdFileName;
+    QPushButton* cmdReport; // the calibration certificate as a PDF
 
     QGroupBox* frmCalibration;
     PlatePicture* picPlate;
@@ -170,6 +171,7 @@ private:
     void cmdScale_Click();
     void cmdFileSave_Click();
     void cmdFileName_Click();
+    void cmdReport_Click();
     void cmdDisplay_Click();
     void cmdOK_Click();
 

@@ -188,6 +188,28 @@ inline constexpr int FileTrailingBytes = 8977; // %1 the count
 inline constexpr int FileBadStepCount = 8978;  // %1 the count
 inline constexpr int FileNotSaved = 8979;      // %1 the path
 
+// The calibration report: its button and file dialog, and the certificate's own texts.
+inline constexpr int Report = 8980; // cmdReport
+inline constexpr int ReportDialogTitle = 8981;
+inline constexpr int ReportDialogFilter = 8982;
+inline constexpr int ReportDialogExtension = 8983;
+inline constexpr int ReportNotWritten = 8984; // %1 the path
+inline constexpr int ReportTitle = 8985;
+inline constexpr int ReportPlate = 8986;
+inline constexpr int ReportSerial = 8987;
+inline constexpr int ReportFirmware = 8988;
+inline constexpr int ReportFirstZero = 8989;
+inline constexpr int ReportLastData = 8990;
+inline constexpr int ReportGravity = 8991;
+inline constexpr int ReportPressureCorrection = 8992;
+inline constexpr int ReportFittedMatrix = 8993;
+inline constexpr int ReportScaledMatrix = 8994;
+inline constexpr int ReportPicture = 8995;
+inline constexpr int ReportLimits = 8996;
+inline constexpr int ReportMaxZeroStdDev = 8997;
+inline constexpr int ReportMaxDataStdDev = 8998;
+inline constexpr int ReportPageNumbers = 8999; // %1 this page, %2 the count
+
 // The plate picture's legend and tooltip.
 inline constexpr int PictureCurrent = 8460;
 inline constexpr int PictureNoZero = 8461;

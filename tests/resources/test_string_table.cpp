@@ -76,6 +76,8 @@ std::vector<std::pair<int, std::vector<int>>> assignedNumbers() {
         cal.push_back(c::ScaleLoad + step);
     for (int id = c::FileEmpty; id <= c::FileNotSaved; ++id)
         cal.push_back(id);
+    for (int id = c::Report; id <= c::ReportPageNumbers; ++id)
+        cal.push_back(id);
     return {
         {MainBlock, {mainwindow::SplashLinux, mainwindow::RefreshDevices}},
         {MeterBlock, {meter::ChannelPrefix, meter::VoltsSuffix}},
