@@ -4,6 +4,8 @@
 #include <QDir>
 #include <QFile>
 #include <QRegularExpression>
+#include <QTest>
+#include <functional>
 
 namespace kx::test {
 namespace {
@@ -177,6 +179,53 @@ TEST_F(AcquireCapture, TitleBarCloseSavesLikeCancelAndACancelledSaveKeepsTheWind
     waitForSave();
     EXPECT_FALSE(dialog->isVisible());
     EXPECT_EQ(lines(file).size(), 1 + 201);
+}
+
+// However the dialog is left with a capture on, the capture ends as Capture OFF ends it and
+// the save waits for the block the plate hands back after StopCapture returns.
+TEST_F(AcquireCapture, LeavingDuringACaptureSavesTheRunningSegment) {
+    const std::pair<QString, std::function<void()>> ways[] = {
+        {QStringLiteral("cancel"), [this] { dialog->cmdOK->click(); }},
+        {QStringLiteral("escape"), [this] { QTest::keyClick(dialog.get(), Qt::Key_Escape); }},
+        {QStringLiteral("title bar"), [this] { dialog->close(); }},
+    };
+    for (const auto& [way, leave] : ways) {
+        SCOPED_TRACE(way.toStdString());
+        open();
+        dialog->cmdDisplay->click();
+        dialog->cmdCapture->click();
+        clock.advance(300);
+        const QString file = path(qPrintable(way + QStringLiteral(".txt")));
+        prompt.fileAnswers.push_back(file);
+        leave();
+        EXPECT_FALSE(dialog->capturing());
+        EXPECT_TRUE(dialog->isVisible()) << "the block is still on its way";
+        clock.settle();
+        waitForSave();
+        EXPECT_FALSE(dialog->isVisible());
+        EXPECT_EQ(lines(file).size(), 1 + 1 + 300);
+    }
+}
+
+// A library that never hands the block back holds the dialog for two seconds, not for ever:
+// then what the table holds is saved.
+TEST_F(AcquireCapture, ABlockThatNeverComesDelaysTheSaveTwoSeconds) {
+    open();
+    dialog->cmdDisplay->click();
+    capture(100);
+    QObject::disconnect(&plate, &PlateDevice::TestDone, dialog.get(), nullptr);
+    dialog->cmdCapture->click();
+    clock.advance(50);
+    const QString file = path("late.txt");
+    prompt.fileAnswers.push_back(file);
+    dialog->cmdOK->click();
+    EXPECT_FALSE(dialog->cmdOK->isEnabled());
+    clock.advance(1999);
+    EXPECT_TRUE(prompt.dialogs.empty());
+    clock.advance(1);
+    waitForSave();
+    EXPECT_FALSE(dialog->isVisible());
+    EXPECT_EQ(lines(file).size(), 1 + 101);
 }
 
 TEST_F(AcquireCapture, DriftAveragesOneSecondPerPointAt1000Hz) {
