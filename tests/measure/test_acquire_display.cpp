@@ -21,8 +21,12 @@ void moveMouse(QWidget* widget, QPoint at) {
     QCoreApplication::sendEvent(widget, &move);
 }
 
-TEST_F(AcquireDisplay, DisplayOnStreamsIntoTheChartsAndOffStopsThePlate) {
+// The display streams into the charts. Choosing the set already shown changes nothing;
+// another set clears the traces and their limits and sets the names and the smallest
+// autoscale spans (× "Min Autoscale Res") of all three charts. Display OFF stops the plate.
+TEST_F(AcquireDisplay, DisplayStreamsIntoTheChartsOfTheChosenSetAndOffStopsThePlate) {
     setNumber("Display Type", 0);
+    setText("Min Autoscale Res", QStringLiteral("0.01"));
     open();
     placeWeight(50);
     clock.advance(500); // settled
@@ -38,6 +42,32 @@ TEST_F(AcquireDisplay, DisplayOnStreamsIntoTheChartsAndOffStopsThePlate) {
     // The weight lands a millimetre or two off its point (490 N × 4.5 mm is 2.2 N·m) and the
     // factory matrix is good to a few tenths of a percent.
     EXPECT_NEAR(chart(1).Mean(), -50 * 9.80665 * 0.05, 3.0) << "Mx = Fz·y";
+    const float shown = chart(0).Mean();
+    const QString top = dialog->lblMax[0]->text();
+    ASSERT_FALSE(top.isEmpty());
+    dialog->optSignal[0]->click();
+    EXPECT_EQ(chart(0).Mean(), shown);
+    EXPECT_EQ(dialog->lblMax[0]->text(), top);
+    const struct {
+        int set;
+        DisplayType type;
+        int firstName;
+        std::array<float, 3> minSpans;
+    } sets[] = {{1, DisplayType::Voltages, 4420, {0.01f, 0.01f, 0.01f}},
+                {2, DisplayType::Postural, 4430, {4, 0.005f, 0.005f}},
+                {0, DisplayType::Forces, 4410, {4, 1, 1}}};
+    for (const auto& c : sets) {
+        SCOPED_TRACE(c.set);
+        dialog->optSignal[static_cast<std::size_t>(c.set)]->click();
+        EXPECT_EQ(dialog->displayType(), c.type);
+        EXPECT_EQ(dialog->lblSignal[0]->text(), caption(c.firstName));
+        EXPECT_EQ(chart(0).Mean(), 0.0f) << "a new set starts on empty charts";
+        for (std::size_t i = 0; i < 3; ++i) {
+            EXPECT_FLOAT_EQ(chart(static_cast<int>(i)).MinSpan(), c.minSpans[i]) << i;
+            EXPECT_TRUE(dialog->lblMax[i]->text().isEmpty() && dialog->lblMin[i]->text().isEmpty())
+                << "the old limits are not shown beside the new signals, chart " << i;
+        }
+    }
 
     dialog->cmdDisplay->click();
     EXPECT_EQ(dialog->cmdDisplay->text(), caption(4020));
@@ -68,45 +98,6 @@ TEST_F(AcquireDisplay, PosturalBlanksTheCentreOfPressureOfAnUnloadedPlate) {
     moveMouse(dialog->frmSignals, QPoint(2, 2));
     clock.advance(300);
     EXPECT_TRUE(dialog->lblAve->text().isEmpty()) << "no chart under the cursor any more";
-}
-
-// Choosing the set already shown changes nothing; another set clears the traces and their
-// limits and sets the names and the smallest autoscale spans (× "Min Autoscale Res") of all
-// three charts.
-TEST_F(AcquireDisplay, ChoosingASignalSetOnlyWhenItIsNew) {
-    setNumber("Display Type", 0);
-    setText("Min Autoscale Res", QStringLiteral("0.01"));
-    open();
-    placeWeight(30);
-    dialog->cmdDisplay->click();
-    clock.advance(1000);
-    const float shown = chart(0).Mean();
-    ASSERT_NE(shown, 0.0f);
-    const QString top = dialog->lblMax[0]->text();
-    ASSERT_FALSE(top.isEmpty());
-    dialog->optSignal[0]->click();
-    EXPECT_EQ(chart(0).Mean(), shown);
-    EXPECT_EQ(dialog->lblMax[0]->text(), top);
-    const struct {
-        int set;
-        DisplayType type;
-        int firstName;
-        std::array<float, 3> minSpans;
-    } sets[] = {{1, DisplayType::Voltages, 4420, {0.01f, 0.01f, 0.01f}},
-                {2, DisplayType::Postural, 4430, {4, 0.005f, 0.005f}},
-                {0, DisplayType::Forces, 4410, {4, 1, 1}}};
-    for (const auto& c : sets) {
-        SCOPED_TRACE(c.set);
-        dialog->optSignal[static_cast<std::size_t>(c.set)]->click();
-        EXPECT_EQ(dialog->displayType(), c.type);
-        EXPECT_EQ(dialog->lblSignal[0]->text(), caption(c.firstName));
-        EXPECT_EQ(chart(0).Mean(), 0.0f) << "a new set starts on empty charts";
-        for (std::size_t i = 0; i < 3; ++i) {
-            EXPECT_FLOAT_EQ(chart(static_cast<int>(i)).MinSpan(), c.minSpans[i]) << i;
-            EXPECT_TRUE(dialog->lblMax[i]->text().isEmpty() && dialog->lblMin[i]->text().isEmpty())
-                << "the old limits are not shown beside the new signals, chart " << i;
-        }
-    }
 }
 
 struct SettingCase {
