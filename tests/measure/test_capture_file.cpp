@@ -7,7 +7,9 @@
 #include <QBuffer>
 #include <QDir>
 #include <QFile>
+#include <QProcess>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <gtest/gtest.h>
 
 using namespace kx;
@@ -109,6 +111,31 @@ TEST_P(FailedSave, ReportsWhyAndLeavesNoFile) {
 INSTANTIATE_TEST_SUITE_P(Causes, FailedSave,
                          testing::Values(Failure::MissingFolder, Failure::ReadOnlyFolder,
                                          Failure::DiskFull));
+
+TEST(CaptureFile, LoadsUnchangedWithNumpy) {
+    // The system's interpreter first: that is the one Debian's python3-numpy serves, while
+    // PATH may lead to another installation without it.
+    QString python = QStandardPaths::findExecutable("python3", {"/usr/bin"});
+    if (python.isEmpty())
+        python = QStandardPaths::findExecutable("python3");
+    if (python.isEmpty())
+        GTEST_SKIP() << "python3 is not installed";
+    test::TempEnvironment environment;
+    const QString path = environment.path() + "/capture.txt";
+    const CaptureTable table = twoSegments();
+    CaptureFileWriter writer(table, kRate, kMinFz);
+    ASSERT_TRUE(writer.save(path));
+
+    QProcess process;
+    process.start(python, {"-c",
+                           "import sys, numpy\n"
+                           "a = numpy.loadtxt(sys.argv[1], delimiter=',', comments='%')\n"
+                           "print(a.shape[0], a.shape[1], int(numpy.isnan(a).sum()), a[2][4])",
+                           path});
+    ASSERT_TRUE(process.waitForFinished(60'000));
+    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    EXPECT_EQ(process.readAllStandardOutput().trimmed(), "5 9 4 -800.0");
+}
 
 CaptureTable manyRows(int count) {
     CaptureTable table;
