@@ -140,7 +140,7 @@ TEST_F(AcquireDisplay, AStoredSpanNoChartCanShowLeavesTheChartsAsTheyAre) {
         setText("Chart Span (s)", QLatin1String(stored));
         open();
         EXPECT_FLOAT_EQ(chart(0).Span(), 5.0f) << stored;
-        dialog->close();
+        dialog->cmdOK->click(); // an empty table: leaves without asking
         EXPECT_EQ(text("Chart Span (s)"), QLatin1String("0")) << stored;
     }
 }
