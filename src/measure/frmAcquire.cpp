@@ -75,6 +75,10 @@ const char DivisionByZero[] = "Division by zero";
 // so the window keeps answering while it runs.
 constexpr int TestSliceMs = 10;
 
+// The plate hands back a capture's block just after StopCapture returns; a library that has
+// not done so within this time never will, and the dialog is left without it.
+constexpr int BlockWaitMs = 2000;
+
 // 8000 × 3300 twips at 15 twips per pixel.
 constexpr QSize MinimumSize(533, 220);
 
@@ -97,6 +101,7 @@ QString indexed(const char* name, int index) {
 frmAcquire::frmAcquire(const ToolContext& context, QWidget* parent)
     : ToolDialog(context, strings::AcquireBlock, parent)
     , m_saver(new CaptureSaver(this))
+    , m_blockWait(context.clock.createTimer(this))
     , m_testTimer(context.clock.createTimer(this)) {
     setObjectName(QStringLiteral("frmAcquire"));
     setWindowTitle(text(0));
@@ -305,6 +310,7 @@ void frmAcquire::connectControls() {
     frmSignals->installEventFilter(this);
 
     connect(m_testTimer, &Timer::timeout, this, &frmAcquire::feedTestSignal);
+    connect(m_blockWait, &Timer::timeout, this, &frmAcquire::leaveAfterBlock);
     connect(m_saver, &CaptureSaver::progress, prgSave, &QProgressBar::setValue);
     connect(m_saver, &CaptureSaver::finished, this, &frmAcquire::saveFinished);
 
@@ -382,6 +388,7 @@ void frmAcquire::unloading() {
         m_saver = nullptr;
     }
     m_testTimer->stop();
+    m_blockWait->stop();
     // Only the display is switched off here: a drift recording goes on, as it always has.
     if (m_display)
         cmdDisplay_Click();
@@ -440,16 +447,22 @@ void frmAcquire::cmdCapture_Click() {
         setTraceColor(Red);
         return;
     }
+    endCapture();
+}
+
+bool frmAcquire::endCapture() {
+    bool blockOwed = false;
     if (m_drift) {
         if (!m_saving)
             m_table.appendSeparator();
-    } else {
-        runDevice([plate] { plate->StopCapture(); });
+    } else if (PlateDevice* plate = device()) {
+        blockOwed = runDevice([plate] { plate->StopCapture(); });
     }
     m_capture = false;
     cmdCapture->setText(text(CaptureOnCaption));
     lblCapture->setText(text(CaptureIsOff));
     setTraceColor(Green);
+    return blockOwed;
 }
 
 void frmAcquire::setTraceColor(const QColor& color) {
@@ -603,6 +616,8 @@ void frmAcquire::TestDone(qint32, const QList<Float3>& forces, const QList<Float
     if (m_drift || m_saving)
         return;
     m_table.appendBlock(forces, volts, m_minFz);
+    if (m_blockWait->isEnabled())
+        leaveAfterBlock();
 }
 
 void frmAcquire::cursorMove(int index, float x, float y, bool valid, float value) {
@@ -638,14 +653,15 @@ void frmAcquire::keyPressEvent(QKeyEvent* event) {
 }
 
 void frmAcquire::closeEvent(QCloseEvent* event) {
-    // The table is being read by the save; the dialog closes once it is written.
-    if (m_saving) {
+    // The table is being read by the save, or waits for its last block; the dialog closes
+    // once the file is written.
+    if (m_saving || m_blockWait->isEnabled()) {
         event->ignore();
         return;
     }
     // The title-bar button leaves like cmdOK: captured rows are saved first, and a cancelled
     // save keeps the window with its table.
-    if (m_table.rowCount() > 0) {
+    if (m_table.rowCount() > 0 || m_capture) {
         event->ignore();
         cmdOK_Click();
         return;
@@ -654,8 +670,24 @@ void frmAcquire::closeEvent(QCloseEvent* event) {
 }
 
 void frmAcquire::cmdOK_Click() {
-    if (m_saving)
+    if (m_saving || m_blockWait->isEnabled())
         return;
+    // A capture still on ends as by Capture OFF, and its segment is saved with the others.
+    if (m_capture && endCapture()) {
+        m_buttons->setEnabled(false);
+        m_blockWait->start(BlockWaitMs);
+        return;
+    }
+    saveAndLeave();
+}
+
+void frmAcquire::leaveAfterBlock() {
+    m_blockWait->stop();
+    m_buttons->setEnabled(true);
+    saveAndLeave();
+}
+
+void frmAcquire::saveAndLeave() {
     if (m_table.rowCount() > 0) {
         askAndSave();
         return;

@@ -99,6 +99,8 @@ private:
 
     void cmdDisplay_Click();
     void cmdCapture_Click();
+    // Capture OFF; true when the plate owes the dialog the block it recorded.
+    bool endCapture();
     void cmdDrift_Click();
     void cmdTest_Click();
     void cmdOK_Click();
@@ -119,6 +121,8 @@ private:
     const NumberFormat& valueFormat() const;
     void stopAcquisition();
 
+    void leaveAfterBlock();
+    void saveAndLeave();
     void askAndSave();
     void saveFinished(bool ok, const QString& error);
 
@@ -137,6 +141,7 @@ private:
     CaptureTable m_table;
     CaptureSaver* m_saver;
     bool m_saving = false;
+    Timer* m_blockWait; // running while cmdOK waits for the last capture's block
     QWidget* m_buttons;
     Timer* m_testTimer;
     std::optional<TestSignal> m_test;

@@ -21,8 +21,12 @@ void moveMouse(QWidget* widget, QPoint at) {
     QCoreApplication::sendEvent(widget, &move);
 }
 
-TEST_F(AcquireDisplay, DisplayOnStreamsIntoTheChartsAndOffStopsThePlate) {
+// The display streams into the charts. Choosing the set already shown changes nothing;
+// another set clears the traces and their limits and sets the names and the smallest
+// autoscale spans (× "Min Autoscale Res") of all three charts. Display OFF stops the plate.
+TEST_F(AcquireDisplay, DisplayStreamsIntoTheChartsOfTheChosenSetAndOffStopsThePlate) {
     setNumber("Display Type", 0);
+    setText("Min Autoscale Res", QStringLiteral("0.01"));
     open();
     placeWeight(50);
     clock.advance(500); // settled
@@ -38,6 +42,32 @@ TEST_F(AcquireDisplay, DisplayOnStreamsIntoTheChartsAndOffStopsThePlate) {
     // The weight lands a millimetre or two off its point (490 N × 4.5 mm is 2.2 N·m) and the
     // factory matrix is good to a few tenths of a percent.
     EXPECT_NEAR(chart(1).Mean(), -50 * 9.80665 * 0.05, 3.0) << "Mx = Fz·y";
+    const float shown = chart(0).Mean();
+    const QString top = dialog->lblMax[0]->text();
+    ASSERT_FALSE(top.isEmpty());
+    dialog->optSignal[0]->click();
+    EXPECT_EQ(chart(0).Mean(), shown);
+    EXPECT_EQ(dialog->lblMax[0]->text(), top);
+    const struct {
+        int set;
+        DisplayType type;
+        int firstName;
+        std::array<float, 3> minSpans;
+    } sets[] = {{1, DisplayType::Voltages, 4420, {0.01f, 0.01f, 0.01f}},
+                {2, DisplayType::Postural, 4430, {4, 0.005f, 0.005f}},
+                {0, DisplayType::Forces, 4410, {4, 1, 1}}};
+    for (const auto& c : sets) {
+        SCOPED_TRACE(c.set);
+        dialog->optSignal[static_cast<std::size_t>(c.set)]->click();
+        EXPECT_EQ(dialog->displayType(), c.type);
+        EXPECT_EQ(dialog->lblSignal[0]->text(), caption(c.firstName));
+        EXPECT_EQ(chart(0).Mean(), 0.0f) << "a new set starts on empty charts";
+        for (std::size_t i = 0; i < 3; ++i) {
+            EXPECT_FLOAT_EQ(chart(static_cast<int>(i)).MinSpan(), c.minSpans[i]) << i;
+            EXPECT_TRUE(dialog->lblMax[i]->text().isEmpty() && dialog->lblMin[i]->text().isEmpty())
+                << "the old limits are not shown beside the new signals, chart " << i;
+        }
+    }
 
     dialog->cmdDisplay->click();
     EXPECT_EQ(dialog->cmdDisplay->text(), caption(4020));
@@ -70,59 +100,13 @@ TEST_F(AcquireDisplay, PosturalBlanksTheCentreOfPressureOfAnUnloadedPlate) {
     EXPECT_TRUE(dialog->lblAve->text().isEmpty()) << "no chart under the cursor any more";
 }
 
-TEST_F(AcquireDisplay, ChoosingTheShownSetAgainKeepsTheTraces) {
-    setNumber("Display Type", 0);
-    open();
-    placeWeight(30);
-    dialog->cmdDisplay->click();
-    clock.advance(1000);
-    const float shown = chart(0).Mean();
-    ASSERT_NE(shown, 0.0f);
-    const QString top = dialog->lblMax[0]->text();
-    ASSERT_FALSE(top.isEmpty());
-    dialog->optSignal[0]->click();
-    EXPECT_EQ(chart(0).Mean(), shown);
-    EXPECT_EQ(dialog->lblMax[0]->text(), top);
-    dialog->optSignal[1]->click();
-    EXPECT_EQ(dialog->displayType(), DisplayType::Voltages);
-    EXPECT_EQ(dialog->lblSignal[0]->text(), caption(4420));
-    EXPECT_EQ(chart(0).Mean(), 0.0f) << "a new set starts on empty charts";
-    for (std::size_t i = 0; i < 3; ++i)
-        EXPECT_TRUE(dialog->lblMax[i]->text().isEmpty() && dialog->lblMin[i]->text().isEmpty())
-            << "the force limits are not shown beside the voltages, chart " << i;
-}
-
-// The smallest autoscale spans of every signal set, in units of "Min Autoscale Res".
-TEST_F(AcquireDisplay, EachSignalSetSetsTheSmallestSpanOfEveryChart) {
-    setText("Min Autoscale Res", QStringLiteral("0.01"));
-    open();
-    const std::array<std::array<float, 3>, 3> spans{
-        {{400 * 0.01f, 100 * 0.01f, 100 * 0.01f}, {0.01f, 0.01f, 0.01f}, {4, 0.005f, 0.005f}}};
-    for (const int set : {0, 2, 1}) {
-        dialog->optSignal[static_cast<std::size_t>(set)]->click();
-        for (int i = 0; i < 3; ++i)
-            EXPECT_FLOAT_EQ(chart(i).MinSpan(),
-                            spans[static_cast<std::size_t>(set)][static_cast<std::size_t>(i)])
-                << "set " << set << ", chart " << i;
-    }
-}
-
-// The converter resolution written at open: "AD Resolution" when 1 to 24, else 20.
-TEST_F(AcquireDisplay, OpeningWritesTheStoredResolutionWhenItIsABitCount) {
-    const std::pair<const char*, qint32> cases[] = {{"24", 24}, {"1", 1}, {"25", 20}, {"0", 20}};
-    for (const auto& [stored, written] : cases) {
-        setText("AD Resolution", QLatin1String(stored));
-        open();
-        EXPECT_EQ(plate.Resolution(), written) << stored;
-    }
-}
-
 struct SettingCase {
     const char* name;
     QString stored; // empty: store the number instead
     qint32 number;
     DisplayType type;
     float forcesMinSpan; // of chart 0 in Forces: 400 × "Min Autoscale Res"
+    qint32 resolution;   // written to the plate at open
 };
 
 TEST_F(AcquireDisplay, TheWheelSpanIsSharedByTheChartsAndKeptPerMode) {
@@ -156,7 +140,7 @@ TEST_F(AcquireDisplay, AStoredSpanNoChartCanShowLeavesTheChartsAsTheyAre) {
         setText("Chart Span (s)", QLatin1String(stored));
         open();
         EXPECT_FLOAT_EQ(chart(0).Span(), 5.0f) << stored;
-        dialog->close();
+        dialog->cmdOK->click(); // an empty table: leaves without asking
         EXPECT_EQ(text("Chart Span (s)"), QLatin1String("0")) << stored;
     }
 }
@@ -173,19 +157,26 @@ TEST_P(AcquireSettingsFallback, OutOfRangeValuesFallBack) {
     open();
     EXPECT_EQ(dialog->displayType(), c.type);
     EXPECT_TRUE(dialog->optSignal[static_cast<std::size_t>(c.type)]->isChecked());
+    EXPECT_EQ(plate.Resolution(), c.resolution);
     dialog->optSignal[0]->click();
     EXPECT_FLOAT_EQ(chart(0).MinSpan(), c.forcesMinSpan);
 }
 
+// "Display Type" 0 to 2, else 1; "Min Autoscale Res" 0.00001 to 1, else 0.001;
+// "AD Resolution" 1 to 24, else 20.
 INSTANTIATE_TEST_SUITE_P(
     Checks, AcquireSettingsFallback,
-    ::testing::Values(SettingCase{"Display Type", {}, 7, DisplayType::Voltages, 0.4f},
-                      SettingCase{"Display Type", {}, 3, DisplayType::Voltages, 0.4f},
-                      SettingCase{"Display Type", {}, 2, DisplayType::Postural, 0.4f},
-                      SettingCase{"Min Autoscale Res", "2", 0, DisplayType::Voltages, 0.4f},
-                      SettingCase{"Min Autoscale Res", "0.000001", 0, DisplayType::Voltages, 0.4f},
-                      SettingCase{"Min Autoscale Res", "0.00001", 0, DisplayType::Voltages,
-                                  0.004f}));
+    ::testing::Values(
+        SettingCase{"Display Type", {}, 7, DisplayType::Voltages, 0.4f, 20},
+        SettingCase{"Display Type", {}, 3, DisplayType::Voltages, 0.4f, 20},
+        SettingCase{"Display Type", {}, 2, DisplayType::Postural, 0.4f, 20},
+        SettingCase{"Min Autoscale Res", "2", 0, DisplayType::Voltages, 0.4f, 20},
+        SettingCase{"Min Autoscale Res", "0.000001", 0, DisplayType::Voltages, 0.4f, 20},
+        SettingCase{"Min Autoscale Res", "0.00001", 0, DisplayType::Voltages, 0.004f, 20},
+        SettingCase{"AD Resolution", "24", 0, DisplayType::Voltages, 0.4f, 24},
+        SettingCase{"AD Resolution", "1", 0, DisplayType::Voltages, 0.4f, 1},
+        SettingCase{"AD Resolution", "25", 0, DisplayType::Voltages, 0.4f, 20},
+        SettingCase{"AD Resolution", "0", 0, DisplayType::Voltages, 0.4f, 20}));
 
 TEST_F(AcquireDisplay, OverrunAndClippingShowABoxAndAFlagForOnePeriod) {
     open();

@@ -3,7 +3,6 @@
 #include "measure/CaptureFileWriter.h"
 #include "measure/CaptureSaver.h"
 #include "measure/CaptureTable.h"
-#include "measure/DriftAccumulator.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -21,10 +20,10 @@ constexpr float kRate = 1000.0f;
 constexpr float kMinFz = -2.5f;
 const QByteArray kSeparator = "%NaN, NaN, NaN, NaN, NaN, NaN, NaN, NaN, NaN";
 
-QByteArray fileText(const CaptureTable& table, float rate = kRate) {
+QByteArray fileText(const CaptureTable& table) {
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
-    CaptureFileWriter writer(table, rate, kMinFz);
+    CaptureFileWriter writer(table, kRate, kMinFz);
     EXPECT_TRUE(writer.write(buffer));
     return buffer.data();
 }
@@ -34,11 +33,6 @@ QByteArray linesOf(std::initializer_list<QByteArray> lines) {
     for (const QByteArray& line : lines)
         text += line + "\r\n";
     return text;
-}
-
-QByteArray fileBytes(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 // Two blocks as the plate library delivers them, then rows added by hand.
@@ -73,41 +67,17 @@ TEST(CaptureFile, SegmentsSeparatorsTimesAndUnloadedCentreOfPressure) {
                        "0.000000, NaN, NaN"}));
 }
 
-TEST(CaptureFile, DriftRowsAreTimedAsSingleSamples) {
-    DriftAccumulator drift;
-    drift.setSamplesPerPoint(2);
-    CaptureTable table;
-    // Loaded, unloaded, loaded; then capture off (a separator) and on again.
-    for (const float fz : {-100.0f, -100.0f, 0.0f, 0.0f, -200.0f, -200.0f, -50.0f, -50.0f}) {
-        if (const auto point = drift.add({fz, fz / 10, fz / 5}, {1, 1, 1}, kMinFz)) {
-            table.append(point->captureRow());
-            if (table.rowCount() == 3)
-                table.appendSeparator();
-        }
-    }
-    const QList<QByteArray> lines = fileText(table, 62.5f).split('\n');
-    ASSERT_EQ(lines.size(), 7);
-    for (const int i : {1, 2, 3, 5})
-        EXPECT_TRUE(lines[i].startsWith(i == 5 ? "0.016000, "
-                                               : QByteArray::number(i * 0.016, 'f', 6) + ", "))
-            << lines[i].toStdString();
-    EXPECT_EQ(lines[4], kSeparator + "\r");
-    EXPECT_TRUE(lines[2].endsWith("NaN, NaN\r"));
-}
-
 enum class Failure { MissingFolder, ReadOnlyFolder, DiskFull };
-constexpr const char* kFailureNames[] = {"MissingFolder", "ReadOnlyFolder", "DiskFull"};
 
 class FailedSave : public testing::TestWithParam<Failure> {};
 
-TEST_P(FailedSave, ReportsWhyAndLeavesNoFileAndTheTableWhole) {
+TEST_P(FailedSave, ReportsWhyAndLeavesNoFile) {
     test::TempEnvironment environment;
     QString folder = environment.path() + "/captures";
     ASSERT_TRUE(QDir().mkpath(folder));
     CaptureTable table = twoSegments();
     for (int i = 0; i < 2000; ++i)
         table.append(CaptureRow{{1, 2, 3}, {-100, 1, 1}, {-100, -0.01f, 0.01f}});
-    const qint32 rows = table.rowCount();
 
     std::optional<FileSizeLimit> limit;
     switch (GetParam()) {
@@ -136,14 +106,11 @@ TEST_P(FailedSave, ReportsWhyAndLeavesNoFileAndTheTableWhole) {
         << writer.errorString().toStdString();
     EXPECT_FALSE(QFile::exists(path));
     EXPECT_TRUE(QDir(environment.path() + "/captures").isEmpty()); // no temporary file left
-    EXPECT_EQ(table.rowCount(), rows);
-    EXPECT_EQ(table.row(rows - 1).postural, (Float3{-100, -0.01f, 0.01f}));
 }
 
 INSTANTIATE_TEST_SUITE_P(Causes, FailedSave,
                          testing::Values(Failure::MissingFolder, Failure::ReadOnlyFolder,
-                                         Failure::DiskFull),
-                         [](const auto& p) { return std::string(kFailureNames[int(p.param)]); });
+                                         Failure::DiskFull));
 
 TEST(CaptureFile, LoadsUnchangedWithNumpy) {
     // The system's interpreter first: that is the one Debian's python3-numpy serves, while
@@ -199,7 +166,9 @@ TEST(CaptureSaver, ReplacesAnOlderFileInTheBackgroundReportingProgress) {
     for (qsizetype i = 1; i < progress.size(); ++i)
         EXPECT_GT(progress.at(i).at(0).toInt(), progress.at(i - 1).at(0).toInt());
     EXPECT_EQ(progress.last().at(0).toInt(), 100);
-    EXPECT_EQ(fileBytes(path), fileText(table));
+    QFile written(path);
+    ASSERT_TRUE(written.open(QIODevice::ReadOnly));
+    EXPECT_EQ(written.readAll(), fileText(table));
 }
 
 TEST(CaptureSaver, DestroyedWhileSavingWritesNoFile) {

@@ -167,7 +167,7 @@ TEST_F(ChartFixture, TimeTicksFollowTheSpanAndTheDirection) {
     EXPECT_EQ(tickColumns(frame()), (std::vector<int>{0, 41, 82, 124, 166, 207, 249}));
 }
 
-TEST_F(ChartFixture, WheelStepsTheSpanAndReportsIt) {
+TEST_F(ChartFixture, WheelStepsTheSpanAndANewSpanKeepsTheNewestPoints) {
     QSignalSpy spans(&chart, &StripChart::SpanChanged);
     EXPECT_FLOAT_EQ(chart.Span(), 5.0f);
     turnWheel(chart, -60); // half a notch does nothing yet
@@ -185,14 +185,14 @@ TEST_F(ChartFixture, WheelStepsTheSpanAndReportsIt) {
     chart.setSpan(5000);
     turnWheel(chart, -10 * 120);
     EXPECT_FLOAT_EQ(chart.Span(), 14400.0f);
-}
 
-TEST_F(ChartFixture, ChangingTheSpanKeepsTheNewestPoints) {
+    // A new span keeps the newest points: 2000 points are 3000 .. 4999, and nothing older
+    // comes back when the span grows again.
     for (int i = 0; i < 5000; ++i)
         chart.AddPoint(static_cast<float>(i));
-    chart.setSpan(2); // 2000 points: 3000 .. 4999
+    chart.setSpan(2000);
     EXPECT_NEAR(chart.Mean(), 3999.5f, 0.01f);
-    chart.setSpan(10); // nothing older comes back
+    chart.setSpan(10000);
     EXPECT_NEAR(chart.Mean(), 3999.5f, 0.01f);
     chart.AddPoint(5000);
     EXPECT_NEAR(chart.Mean(), 4000.0f, 0.01f);
