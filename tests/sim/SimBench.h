@@ -55,6 +55,13 @@ struct ForcesRecorder {
     std::vector<Sample> samples;
 };
 
+// What a ZeroDone reports; four channels of zeros until one arrives.
+struct ZeroStatistics {
+    qint32 samples = 0;
+    ChannelValues average = ChannelValues(4), deviation = ChannelValues(4),
+                  range = ChannelValues(4);
+};
+
 // The last ZeroDone of a plate, and every progress event before it.
 struct ZeroRecorder {
     explicit ZeroRecorder(PlateDevice& plate) {
@@ -64,18 +71,14 @@ struct ZeroRecorder {
                          [this](qint32 n, const ChannelValues& a, const ChannelValues& d,
                                 const ChannelValues& r) {
                              ++done;
-                             samples = n;
-                             average = a;
-                             deviation = d;
-                             range = r;
+                             last = {n, a, d, r};
                          });
     }
 
     QObject context;
     QList<qint32> progress;
     int done = 0;
-    qint32 samples = 0;
-    ChannelValues average, deviation, range;
+    ZeroStatistics last;
 };
 
 // The last TestDone of a plate.
