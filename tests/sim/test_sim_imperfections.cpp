@@ -103,12 +103,6 @@ TEST(SimImperfection, EveryBridgeSignalIsPositiveForAWeightAnywhereOnTheTop) {
     }
 }
 
-// Out of the box the site's gravity is the calibration's default: 25 kg weigh 244.92 N.
-TEST(SimImperfection, TheDefaultSiteHasTheCalibrationsGravity) {
-    ZeroedPlate p(idealPlates(), "20418");
-    EXPECT_NEAR(-p.load(25, 0, 0.178, 50).forces[0], 25 * 9.796878, 0.01);
-}
-
 // ---------------------------------------------------------------------------------------
 // The load cells
 
