@@ -190,21 +190,15 @@ public:
         }
     }
 
-    // One-sided power density at a bin centre, codes²/Hz; the window's squares sum to 3N/8.
-    double density(double frequency) const {
+    // One-sided power density, codes²/Hz, averaged over the bin centres from `from` to `to`,
+    // `step` apart; the window's squares sum to 3N/8.
+    double density(double from, double to, double step) const {
         double power = 0;
-        for (const std::complex<double>& x : transforms(frequency))
-            power += std::norm(x);
-        return 2 * power / segments() / (3.0 * double(m_segment) / 8 * m_hertz);
-    }
-
-    // The mean density over the bin centres from `from` to `to`, `step` apart.
-    double meanDensity(double from, double to, double step) const {
-        double sum = 0;
         int bins = 0;
         for (double f = from; f <= to; f += step, ++bins)
-            sum += density(f);
-        return sum / bins;
+            for (const std::complex<double>& x : transforms(f))
+                power += std::norm(x);
+        return 2 * power / bins / segments() / (3.0 * double(m_segment) / 8 * m_hertz);
     }
 
     // Amplitude of a sine at a bin centre, codes; the window sums to N/2.
@@ -257,7 +251,7 @@ TEST(SimImperfection, NoiseIsFlatAboveACornerOfAFewHertzWithMainsHum) {
             codes.push_back(v[size_t(c)] * codesPerVolt);
         const Spectrum spectrum(codes, 4096, 256);
         // Bins a quarter hertz apart are independent under the Hann window.
-        const double flat = spectrum.meanDensity(70, 120, 0.25);
+        const double flat = spectrum.density(70, 120, 0.25);
         // The density of 120 codes RMS at 100 Hz spread over 50 Hz, at the channel's level.
         const double share = defaults.channelNoise[size_t(c)] * (0.8 + 0.04 * 5);
         EXPECT_NEAR(flat, 120.0 * 120.0 / 50 * share * share, 0.1 * flat) << c;
@@ -266,7 +260,7 @@ TEST(SimImperfection, NoiseIsFlatAboveACornerOfAFewHertzWithMainsHum) {
             double from, to, expected;
         } bands[] = {{0.25, 0.5, 1 + 2 / 0.36}, {1.0, 2.0, 1 + 2 / 1.44}, {20, 40, 1.0}};
         for (const auto& band : bands)
-            EXPECT_NEAR(spectrum.meanDensity(band.from, band.to, 1.0 / 16) / flat, band.expected,
+            EXPECT_NEAR(spectrum.density(band.from, band.to, 1.0 / 16) / flat, band.expected,
                         0.35 * band.expected)
                 << "channel " << c << " from " << band.from << " Hz";
         // Hum through the converter's sinc³ filter, |sin(πf/fs) / (πf/fs)|³ at 50 Hz.
