@@ -28,7 +28,7 @@ TEST(ScenarioReader, ShippedScenariosParse) {
     for (const QString& file : files) {
         ScenarioReader reader;
         const auto scenario = reader.readFile(dir.filePath(file));
-        EXPECT_TRUE(scenario) << reader.errorString().toStdString();
+        ASSERT_TRUE(scenario) << reader.errorString().toStdString();
         EXPECT_FALSE(scenario->plates.isEmpty()) << file.toStdString();
     }
 }
