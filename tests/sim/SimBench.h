@@ -55,6 +55,8 @@ struct EventLog {
                          [note] { note(QStringLiteral("not responding")); });
         QObject::connect(&driver, &PlateDriver::PlateListUpdateDone, &context,
                          [note] { note(QStringLiteral("done")); });
+        if (!plate)
+            return;
         using Failure = void (PlateDevice::*)();
         const std::pair<Failure, const char*> failures[] = {
             {&PlateDevice::Removal, "Removal"},
@@ -63,10 +65,9 @@ struct EventLog {
             {&PlateDevice::BufferOverRun, "BufferOverRun"},
             {&PlateDevice::DataClipped, "DataClipped"}};
         for (const auto& [failure, name] : failures)
-            if (plate)
-                QObject::connect(plate, failure, &context, [this, &clock, name] {
-                    events << QStringLiteral("%1 at %2").arg(name).arg(clock.tickCount() - start);
-                });
+            QObject::connect(plate, failure, &context, [this, &clock, name] {
+                events << QStringLiteral("%1 at %2").arg(name).arg(clock.tickCount() - start);
+            });
     }
 
     QStringList take() { return std::exchange(events, {}); }
