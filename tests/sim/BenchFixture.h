@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DialogFixture.h"
+#include "SimBench.h"
 #include "measure/frmAcquire.h"
 #include "sim/PlateTopView.h"
 #include "sim/SimPlatePage.h"
@@ -24,17 +25,14 @@ protected:
         DialogFixture::TearDown();
     }
 
-    // The default plates made ideal (a weight lands where it is put), opened, and the bench on
-    // them; gives the page of plate 20418.
-    SimPlatePage& openBench() {
-        Scenario plates = Scenario::defaults();
-        for (SimPlateConfig& config : plates.plates)
-            config.imperfections = SimImperfections::none();
+    // The bench on these plates, opened (by default the default plates made ideal, so that a
+    // weight lands where it is put); gives the page of `serial`.
+    SimPlatePage& openBench(const Scenario& plates = idealPlates(), const char* serial = "20418") {
         plates.applyTo(driver);
         openPlates();
         bench = std::make_unique<frmSimBench>(driver, clock);
         bench->show();
-        SimPlatePage* page = bench->page(QStringLiteral("20418"));
+        SimPlatePage* page = bench->page(QString::fromLatin1(serial));
         EXPECT_NE(page, nullptr);
         return *page;
     }

@@ -8,38 +8,22 @@
 
 namespace kx::test {
 
-// Takes a zero on the unloaded plate and writes its averages as the current zero values, as
-// the zero dialogs do.
-inline void zeroPlate(SimBench& bench, SimPlate& plate) {
-    ZeroRecorder zero(plate);
-    plate.CalibrateSelf();
-    plate.StartZero(200, true, 30, 50);
-    bench.clock.advance(qint64(200 * 1000.0 / plate.SampleFrequency(Which::Current)) + 10);
-    ASSERT_EQ(zero.average.size(), 4);
-    for (int c = 0; c < 3; ++c)
-        plate.SetZeroValue(c, Which::Current, qint32(std::lround(zero.average[c])));
-}
-
-// The statistics of a zero of `samples` at the plate's current frequency, taken now.
-struct ZeroStatistics {
-    std::array<double, 4> average{};
-    std::array<double, 4> deviation{};
-    std::array<double, 4> range{};
-};
-
+// A zero of `samples` at the plate's current frequency, taken now.
 inline ZeroStatistics takeZero(SimBench& bench, SimPlate& plate, qint32 samples) {
     ZeroRecorder zero(plate);
     plate.CalibrateSelf();
-    plate.StartZero(samples, true, 30, 0);
-    bench.clock.advance(qint64(samples * 1000.0 / plate.SampleFrequency(Which::Current)) + 2);
-    ZeroStatistics s;
+    plate.StartZero(samples, true);
+    bench.clock.advance(qint64(samples * 1000.0 / plate.SampleFrequency(Which::Current)) + 10);
     EXPECT_EQ(zero.done, 1);
-    for (int c = 0; c < 4 && c < zero.average.size(); ++c) {
-        s.average[size_t(c)] = zero.average[c];
-        s.deviation[size_t(c)] = zero.deviation[c];
-        s.range[size_t(c)] = zero.range[c];
-    }
-    return s;
+    return zero.last;
+}
+
+// Takes a zero on the unloaded plate and writes its averages as the current zero values, as
+// the zero dialogs do.
+inline void zeroPlate(SimBench& bench, SimPlate& plate) {
+    const ZeroStatistics zero = takeZero(bench, plate, 200);
+    for (int c = 0; c < 3; ++c)
+        plate.SetZeroValue(c, Which::Current, qint32(std::lround(zero.average[c])));
 }
 
 // Mean volts and forces of a test block of `samples` taken now, and the deviation of the
@@ -75,13 +59,6 @@ inline Means measure(SimBench& bench, SimPlate& plate, int samples) {
     return m;
 }
 
-// Stores the plate's hidden true matrix as its calibration, so forces are exact.
-inline void storeTrueMatrix(SimPlate& plate) {
-    for (int r = 0; r < 3; ++r)
-        for (int c = 0; c < 3; ++c)
-            plate.SetMatrixElement(r, c, float(plate.truth().trueMatrix[size_t(r)][size_t(c)]));
-}
-
 // A bench of one plate with serial 1 and these imperfections.
 inline Scenario onePlate(const SimImperfections& imperfections, double noiseCodes = 120) {
     Scenario scenario;
@@ -93,5 +70,29 @@ inline Scenario onePlate(const SimImperfections& imperfections, double noiseCode
     scenario.plates = {plate};
     return scenario;
 }
+
+// A plate that reads its loads through its hidden true matrix, zeroed while unloaded.
+struct ZeroedPlate {
+    explicit ZeroedPlate(const Scenario& scenario, const char* serial = "1")
+        : bench(scenario)
+        , plate(bench.plate(serial)) {
+        for (int r = 0; r < 3; ++r)
+            for (int c = 0; c < 3; ++c)
+                plate.SetMatrixElement(r, c, float(plate.truth().trueMatrix[size_t(r)][size_t(c)]));
+        zeroPlate(bench, plate);
+    }
+
+    // Empties the plate, puts `kg` at (x, y) and measures once it has settled.
+    Means load(double kg, double x, double y, int samples) {
+        plate.loads().removeAll(plate.now());
+        bench.clock.advance(300);
+        plate.loads().placeWeight(kg, x, y, plate.now());
+        bench.clock.advance(300);
+        return measure(bench, plate, samples);
+    }
+
+    SimBench bench;
+    SimPlate& plate;
+};
 
 } // namespace kx::test

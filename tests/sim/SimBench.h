@@ -7,6 +7,8 @@
 #include "support/ManualClock.h"
 
 #include <QObject>
+#include <QStringList>
+#include <utility>
 #include <vector>
 
 namespace kx::test {
@@ -35,6 +37,47 @@ struct SimBench {
     SimDriver driver{clock};
 };
 
+// The driver's list events, and a plate's failures with the milliseconds since the log
+// began, as text in order.
+struct EventLog {
+    EventLog(PlateDriver& driver, const Clock& clock, PlateDevice* plate = nullptr)
+        : start(clock.tickCount()) {
+        const auto note = [this](const QString& event) { events << event; };
+        QObject::connect(&driver, &PlateDriver::PlateListUpdateBegin, &context,
+                         [note] { note(QStringLiteral("begin")); });
+        QObject::connect(
+            &driver, &PlateDriver::PlateArrived, &context,
+            [note](const QString&, const QString& serial) { note("arrived " + serial); });
+        QObject::connect(
+            &driver, &PlateDriver::PlateRemoved, &context,
+            [note](const QString&, const QString& serial) { note("removed " + serial); });
+        QObject::connect(&driver, &PlateDriver::PlateNotResponding, &context,
+                         [note] { note(QStringLiteral("not responding")); });
+        QObject::connect(&driver, &PlateDriver::PlateListUpdateDone, &context,
+                         [note] { note(QStringLiteral("done")); });
+        if (!plate)
+            return;
+        using Failure = void (PlateDevice::*)();
+        const std::pair<Failure, const char*> failures[] = {
+            {&PlateDevice::Removal, "Removal"},
+            {&PlateDevice::ReadTimeout, "ReadTimeout"},
+            {&PlateDevice::WriteTimeout, "WriteTimeout"},
+            {&PlateDevice::BufferOverRun, "BufferOverRun"},
+            {&PlateDevice::DataClipped, "DataClipped"}};
+        for (const auto& [failure, name] : failures)
+            QObject::connect(plate, failure, &context, [this, &clock, name] {
+                events << QStringLiteral("%1 at %2").arg(name).arg(clock.tickCount() - start);
+            });
+    }
+
+    QStringList take() { return std::exchange(events, {}); }
+    QStringList failures() const { return events.filter(QStringLiteral(" at ")); }
+
+    quint32 start;
+    QObject context;
+    QStringList events;
+};
+
 // Every ForcesIn of a plate, with the tick count at which it arrived.
 struct ForcesRecorder {
     struct Sample {
@@ -55,6 +98,13 @@ struct ForcesRecorder {
     std::vector<Sample> samples;
 };
 
+// What a ZeroDone reports; four channels of zeros until one arrives.
+struct ZeroStatistics {
+    qint32 samples = 0;
+    ChannelValues average = ChannelValues(4), deviation = ChannelValues(4),
+                  range = ChannelValues(4);
+};
+
 // The last ZeroDone of a plate, and every progress event before it.
 struct ZeroRecorder {
     explicit ZeroRecorder(PlateDevice& plate) {
@@ -64,18 +114,14 @@ struct ZeroRecorder {
                          [this](qint32 n, const ChannelValues& a, const ChannelValues& d,
                                 const ChannelValues& r) {
                              ++done;
-                             samples = n;
-                             average = a;
-                             deviation = d;
-                             range = r;
+                             last = {n, a, d, r};
                          });
     }
 
     QObject context;
     QList<qint32> progress;
     int done = 0;
-    qint32 samples = 0;
-    ChannelValues average, deviation, range;
+    ZeroStatistics last;
 };
 
 // The last TestDone of a plate.

@@ -8,32 +8,23 @@ namespace kx {
 namespace {
 
 // A picture exactly 1000 px per metre plus a 10 px margin: the top is 812.8 × 762 px.
-const QSizeF ExactPicture(812.8 + 20, 762 + 20);
-
-struct MappedPoint {
-    QPointF plate;
-    QPointF picture;
-};
-
-class PlateTopMapping : public ::testing::TestWithParam<MappedPoint> {};
-
-TEST_P(PlateTopMapping, PlatePointsLandWhereTheScaleSaysBothWays) {
-    const PlateTopGeometry geometry(ExactPicture, 10);
+TEST(PlateTopGeometry, PlatePointsLandWhereTheScaleSaysBothWays) {
+    const PlateTopGeometry geometry(QSizeF(812.8 + 20, 762 + 20), 10);
     ASSERT_NEAR(geometry.pixelsPerMetre(), 1000, 1e-9);
-    const QPointF picture = geometry.toPicture(GetParam().plate);
-    EXPECT_NEAR(picture.x(), GetParam().picture.x(), 1e-6);
-    EXPECT_NEAR(picture.y(), GetParam().picture.y(), 1e-6);
-    const QPointF back = geometry.toPlate(GetParam().picture);
-    EXPECT_NEAR(back.x(), GetParam().plate.x(), 1e-9);
-    EXPECT_NEAR(back.y(), GetParam().plate.y(), 1e-9);
+    const std::pair<QPointF, QPointF> points[] = {
+        {{-0.4064, 0.5588}, {10, 10}},     // far left corner, top
+        {{0.4064, -0.2032}, {822.8, 772}}, // near right corner, bottom
+        {{0, 0}, {416.4, 568.8}},          // origin
+        {{0.1, 0.2}, {516.4, 368.8}}};     // Y up: higher is smaller
+    for (const auto& [plate, picture] : points) {
+        const QPointF drawn = geometry.toPicture(plate);
+        EXPECT_NEAR(drawn.x(), picture.x(), 1e-6) << plate.x() << ", " << plate.y();
+        EXPECT_NEAR(drawn.y(), picture.y(), 1e-6) << plate.x() << ", " << plate.y();
+        const QPointF back = geometry.toPlate(picture);
+        EXPECT_NEAR(back.x(), plate.x(), 1e-9);
+        EXPECT_NEAR(back.y(), plate.y(), 1e-9);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Corners, PlateTopMapping,
-    ::testing::Values(MappedPoint{{-0.4064, 0.5588}, {10, 10}},     // far left corner, top
-                      MappedPoint{{0.4064, -0.2032}, {822.8, 772}}, // near right corner, bottom
-                      MappedPoint{{0, 0}, {416.4, 568.8}},          // origin
-                      MappedPoint{{0.1, 0.2}, {516.4, 368.8}}));    // Y up: higher is smaller
 
 TEST(PlateTopGeometry, AWidePictureCentresTheTopAndKeepsItsProportions) {
     const PlateTopGeometry geometry(QSizeF(2000, 782), 10);

@@ -1,63 +1,10 @@
 #include "SimBench.h"
 #include "device/PlateError.h"
 
-#include <QStringList>
 #include <gtest/gtest.h>
 
-using kx::PlateDevice;
-using kx::PlateDriver;
-using kx::PlateError;
-using kx::PlateFault;
-using kx::SimPlate;
-using kx::Which;
-using kx::test::ForcesRecorder;
-using kx::test::SimBench;
-
+namespace kx::test {
 namespace {
-
-// The driver's list events as text, in order.
-struct ListRecorder {
-    explicit ListRecorder(PlateDriver& driver) {
-        QObject::connect(&driver, &PlateDriver::PlateListUpdateBegin, &context,
-                         [this] { events << QStringLiteral("begin"); });
-        QObject::connect(&driver, &PlateDriver::PlateArrived, &context,
-                         [this](const QString&, const QString& serial) {
-                             events << QStringLiteral("arrived ") + serial;
-                         });
-        QObject::connect(&driver, &PlateDriver::PlateRemoved, &context,
-                         [this](const QString&, const QString& serial) {
-                             events << QStringLiteral("removed ") + serial;
-                         });
-        QObject::connect(&driver, &PlateDriver::PlateNotResponding, &context,
-                         [this](const QString&) { events << QStringLiteral("not responding"); });
-        QObject::connect(&driver, &PlateDriver::PlateListUpdateDone, &context,
-                         [this] { events << QStringLiteral("done"); });
-    }
-    QStringList take() { return std::exchange(events, {}); }
-
-    QObject context;
-    QStringList events;
-};
-
-// The plate's device-failure events as text, with the tick at which each arrived.
-struct FaultRecorder {
-    FaultRecorder(PlateDevice& plate, const kx::Clock& clock) {
-        const auto on = [&](auto signal, const char* name) {
-            QObject::connect(&plate, signal, &context, [this, name, &clock] {
-                events << QString::fromLatin1(name);
-                ticks << clock.tickCount();
-            });
-        };
-        on(&PlateDevice::Removal, "Removal");
-        on(&PlateDevice::ReadTimeout, "ReadTimeout");
-        on(&PlateDevice::WriteTimeout, "WriteTimeout");
-        on(&PlateDevice::BufferOverRun, "BufferOverRun");
-        on(&PlateDevice::DataClipped, "DataClipped");
-    }
-    QObject context;
-    QStringList events;
-    QList<quint32> ticks;
-};
 
 const QStringList FullList{"begin", "arrived 20418", "arrived 11093", "done"};
 
@@ -67,20 +14,18 @@ void replug(SimBench& bench, const char* serial) {
     bench.clock.settle();
 }
 
-} // namespace
-
 TEST(SimDriver, OpenDevicesEnumeratesAfterTheCallReturns) {
-    kx::ManualClock clock;
-    kx::SimDriver driver(clock);
-    kx::Scenario::defaults().applyTo(driver);
-    ListRecorder list(driver);
-    driver.OpenDevices(kx::PlateVendorId + 1, 1, 2); // nothing of ours
+    ManualClock clock;
+    SimDriver driver(clock);
+    Scenario::defaults().applyTo(driver);
+    EventLog list(driver, clock);
+    driver.OpenDevices(PlateVendorId + 1, 1, 2); // nothing of ours
     clock.settle();
     EXPECT_EQ(list.take(), (QStringList{"begin", "done"}));
 
-    driver.AddDeviceId(kx::PlateVendorId, kx::PlateProductId1, 0);
-    driver.AddDeviceId(kx::PlateVendorId, kx::PlateProductId2, 0);
-    driver.OpenDevices(kx::PlateVendorId, kx::PlateProductId1, kx::PlateProductId2);
+    driver.AddDeviceId(PlateVendorId, PlateProductId1, 0);
+    driver.AddDeviceId(PlateVendorId, PlateProductId2, 0);
+    driver.OpenDevices(PlateVendorId, PlateProductId1, PlateProductId2);
     EXPECT_TRUE(list.events.isEmpty());
     EXPECT_EQ(driver.Count(), 0);
     clock.settle();
@@ -100,21 +45,16 @@ TEST(SimDriver, OpenDevicesEnumeratesAfterTheCallReturns) {
 
 TEST(SimDriver, UnplugRaisesRemovalThenPlateRemovedAndReplugReusesThePlate) {
     SimBench bench;
-    ListRecorder list(bench.driver);
     PlateDevice* plate = bench.driver.Item(QStringLiteral("20418"));
-    QStringList order;
-    QObject::connect(plate, &PlateDevice::Removal, &list.context, [&] { order << "removal"; });
-    QObject::connect(&bench.driver, &PlateDriver::PlateRemoved, &list.context,
-                     [&] { order << "plate removed"; });
+    EventLog log(bench.driver, bench.clock, plate);
     plate->StartAcquisition(true, false, true, false, true);
 
     bench.driver.unplug(QStringLiteral("20418"));
     bench.driver.unplug(QStringLiteral("20418")); // already gone: nothing happens
-    EXPECT_EQ(order, (QStringList{"removal", "plate removed"}));
-    EXPECT_EQ(list.take(), QStringList{"removed 20418"});
+    EXPECT_EQ(log.take(), (QStringList{"Removal at 0", "removed 20418"}));
     EXPECT_EQ(bench.driver.Count(), 1);
     bench.clock.settle();
-    EXPECT_EQ(list.take(), (QStringList{"begin", "arrived 11093", "done"}))
+    EXPECT_EQ(log.take(), (QStringList{"begin", "arrived 11093", "done"}))
         << "the remaining plates are listed again";
 
     // The object stays valid; its operations fail, except the ones dialogs call while closing.
@@ -124,7 +64,7 @@ TEST(SimDriver, UnplugRaisesRemovalThenPlateRemovedAndReplugReusesThePlate) {
 
     bench.driver.plugIn(QStringLiteral("20418"));
     bench.clock.settle();
-    EXPECT_EQ(list.take(), FullList);
+    EXPECT_EQ(log.take(), FullList);
     EXPECT_EQ(bench.driver.Item(QStringLiteral("20418")), plate);
 }
 
@@ -139,7 +79,7 @@ TEST(SimDriver, CurrentSettingsSurviveReleaseButPowerOnRestoresDefaults) {
 
     bench.driver.ReleaseAll();
     EXPECT_THROW(plate->GageVoltage(Which::Current), PlateError);
-    bench.driver.OpenDevices(kx::PlateVendorId, kx::PlateProductId1, kx::PlateProductId2);
+    bench.driver.OpenDevices(PlateVendorId, PlateProductId1, PlateProductId2);
     bench.clock.settle();
     EXPECT_EQ(bench.driver.Item(1), plate);
     EXPECT_FLOAT_EQ(plate->GageVoltage(Which::Current), 1.25f);
@@ -150,7 +90,7 @@ TEST(SimDriver, CurrentSettingsSurviveReleaseButPowerOnRestoresDefaults) {
 
 TEST(SimDriver, NotRespondingPlateIsReportedAndLeftOutUntilReplugged) {
     SimBench bench;
-    ListRecorder list(bench.driver);
+    EventLog list(bench.driver, bench.clock);
     PlateDevice* plate = bench.driver.Item(QStringLiteral("20418"));
     bench.driver.makeNotResponding(QStringLiteral("20418"));
     EXPECT_EQ(list.take(), QStringList{"not responding"});
@@ -181,13 +121,13 @@ TEST(SimFaults, EachDeviceFaultRaisesItsEventAndOnlyTimeOutsAndRemovalStopTheStr
     for (const auto& c : cases) {
         SimBench bench;
         SimPlate& plate = bench.plate("20418");
-        FaultRecorder faults(plate, bench.clock);
+        EventLog log(bench.driver, bench.clock, &plate);
         ForcesRecorder samples(plate, bench.clock);
         plate.StartAcquisition(true, false, true, false, true);
         bench.clock.advance(100);
         bench.driver.inject(QStringLiteral("20418"), c.fault);
-        EXPECT_EQ(faults.events, QStringList{c.event});
         bench.clock.advance(1000);
+        EXPECT_EQ(log.failures(), QStringList{QStringLiteral("%1 at 100").arg(c.event)});
         EXPECT_EQ(samples.samples.size(), c.samplesAfter) << c.event;
     }
 }
@@ -195,31 +135,26 @@ TEST(SimFaults, EachDeviceFaultRaisesItsEventAndOnlyTimeOutsAndRemovalStopTheStr
 TEST(SimFaults, ScheduledFaultsFireAtTheirTickOrSampleCount) {
     SimBench bench;
     SimPlate& plate = bench.plate("20418"); // 100 Hz
-    FaultRecorder faults(plate, bench.clock);
+    EventLog log(bench.driver, bench.clock, &plate);
     ForcesRecorder samples(plate, bench.clock);
-    const quint32 start = bench.clock.tickCount();
-    plate.faults().atTick(start + 2500, PlateFault::WriteTimeout);
+    plate.faults().atTick(log.start + 2500, PlateFault::WriteTimeout);
     plate.faults().afterSamples(50, PlateFault::BufferOverRun);
 
     plate.StartAcquisition(true, false, true, false, true);
     bench.clock.advance(300);
     plate.StartAcquisition(true, false, true, false, true); // each acquisition counts anew
     bench.clock.advance(1000);
-    ASSERT_EQ(faults.events, QStringList{"BufferOverRun"});
-    EXPECT_EQ(faults.ticks[0], start + 300 + 500);
+    EXPECT_EQ(log.take(), QStringList{"BufferOverRun at 800"});
     EXPECT_EQ(samples.samples.back().number, 100) << "the overrun leaves the stream running";
-
     bench.clock.advance(2000);
-    ASSERT_EQ(faults.events, (QStringList{"BufferOverRun", "WriteTimeout"}));
-    EXPECT_EQ(faults.ticks[1], start + 2500);
+    EXPECT_EQ(log.take(), QStringList{"WriteTimeout at 2500"});
 
     // A scheduled unplug goes through the driver like a real one.
-    ListRecorder list(bench.driver);
     plate.faults().afterSamples(10, PlateFault::Unplug);
     plate.StartAcquisition(true, false, true, false, true);
     bench.clock.advance(1000);
-    EXPECT_EQ(faults.events.back(), "Removal");
-    EXPECT_EQ(list.take(), (QStringList{"removed 20418", "begin", "arrived 11093", "done"}));
+    EXPECT_EQ(log.take(),
+              (QStringList{"Removal at 3400", "removed 20418", "begin", "arrived 11093", "done"}));
 }
 
 TEST(SimFaults, PlannedFailuresAndBadArgumentsThrowWithTheirMessage) {
@@ -272,7 +207,7 @@ TEST(SimService, StoredTableKeepsMatrixAndCountersUntilReset) {
 }
 
 TEST(SimService, OperatorRecordsReplaceTheCalibrationAndInspectionRecords) {
-    kx::Scenario scenario = kx::Scenario::defaults();
+    Scenario scenario = Scenario::defaults();
     scenario.plates[1].calibrated = false;
     SimBench bench(scenario);
     SimPlate& fresh = bench.plate("11093");
@@ -288,3 +223,6 @@ TEST(SimService, OperatorRecordsReplaceTheCalibrationAndInspectionRecords) {
     EXPECT_EQ(fresh.InspectionRecordDate(), when.addSecs(1));
     EXPECT_EQ(fresh.InspectionRecordOperator(), "KL");
 }
+
+} // namespace
+} // namespace kx::test
