@@ -28,8 +28,9 @@ protected:
     QPointer<BenchDialog> dialog;
 };
 
-TEST_F(MainWindowTools, ADialogGetsThePlateAndTheWindowWhileOpen) {
+TEST_F(MainWindowTools, ADialogGetsThePlateAndTheWindowWhileOpenAndClosesWithTheWindow) {
     start();
+    QPointer<SimDriver> driver = sim;
     addBenchTool(window->cmdNoise, strings::NoiseBlock);
     EXPECT_TRUE(window->cmdNoise->isEnabled());
     select(Fw1Plate);
@@ -49,6 +50,11 @@ TEST_F(MainWindowTools, ADialogGetsThePlateAndTheWindowWhileOpen) {
     EXPECT_TRUE(dialog.isNull()) << "an unloaded dialog is dropped";
     window->cmdNoise->click();
     EXPECT_FALSE(dialog.isNull()) << "the next press loads it afresh";
+
+    window->close();
+    EXPECT_TRUE(dialog.isNull());
+    EXPECT_TRUE(driver.isNull());
+    EXPECT_EQ(window->selectedDevice(), nullptr);
 }
 
 TEST_F(MainWindowTools, ExtendedInformationNeedsFirmware2AndLearnsTheServiceFlag) {
@@ -64,17 +70,6 @@ TEST_F(MainWindowTools, ExtendedInformationNeedsFirmware2AndLearnsTheServiceFlag
     dialog->close();
     select(Fw1Plate);
     EXPECT_FALSE(info->isVisibleTo(window.get()));
-}
-
-TEST_F(MainWindowTools, UnloadClosesTheDialogAndDropsTheDriver) {
-    start();
-    QPointer<SimDriver> driver = sim;
-    addBenchTool(window->cmdAcquire, strings::AcquireBlock);
-    window->cmdAcquire->click();
-    window->close();
-    EXPECT_TRUE(dialog.isNull());
-    EXPECT_TRUE(driver.isNull());
-    EXPECT_EQ(window->selectedDevice(), nullptr);
 }
 
 } // namespace
