@@ -28,15 +28,11 @@ protected:
     SimPlate* plate1 = nullptr;
 };
 
-TEST_F(ProgramID, TheButtonsSayWhatTheyDo) {
-    const frmProgramID& d = openDialog(plate2);
-    EXPECT_EQ(d.cmdSet->text(), QStringLiteral("&Set"));
-    EXPECT_EQ(d.cmdGet->text(), QStringLiteral("&Get"));
-}
-
 TEST_F(ProgramID, GetShowsTwoUpperCaseDigitsAndSetWritesTheBoxesInRecordOrder) {
     plate2->SetUsbIdentity({0x00, 0x0B, 0xB0, 0xFF, 0x10, 0x05, 0xAB});
     auto& d = openDialog(plate2);
+    EXPECT_EQ(d.cmdGet->text(), QStringLiteral("&Get"));
+    EXPECT_EQ(d.cmdSet->text(), QStringLiteral("&Set"));
     d.cmdGet->click();
     EXPECT_EQ(texts(d), (QStringList{"00", "0B", "B0", "FF", "10", "05", "AB"}));
     test::retype(d.txtDID[1], QStringLiteral("7"));
