@@ -57,15 +57,6 @@ TEST_F(PlateInfoEx, ShowsTheRecordAndForgetsItForAPlateWithoutValidDates) {
     EXPECT_TRUE(prompt.messages.isEmpty());
 }
 
-TEST_F(PlateInfoEx, TimeInServiceIsSplitIntoHoursMinutesSeconds) {
-    for (const auto& [seconds, expected] :
-         {std::pair{3599, "0h 59m 59s "}, std::pair{3600, "1h 0m 0s "}}) {
-        plate->ExecuteCommand(-1, 158);
-        clock.advance(seconds * qint64{1000});
-        EXPECT_EQ(open(plate, false).lblTimeOnTxt->text(), expected);
-    }
-}
-
 TEST_F(PlateInfoEx, ResetsNeedTheServiceFlagEvenAfterATimeOut) {
     auto& d = open(plate, false);
     driver.inject(QStringLiteral("KX2001"), PlateFault::ReadTimeout);
