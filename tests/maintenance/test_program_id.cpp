@@ -28,7 +28,7 @@ protected:
     SimPlate* plate1 = nullptr;
 };
 
-TEST_F(ProgramID, GetShowsTwoUpperCaseDigitsAndSetWritesTheBoxesInRecordOrderOrNothing) {
+TEST_F(ProgramID, GetShowsTheBytesAndSetWritesThemInRecordOrderOrNothingUntilUnplugged) {
     plate2->SetUsbIdentity({0x00, 0x0B, 0xB0, 0xFF, 0x10, 0x05, 0xAB});
     auto& d = openDialog(plate2);
     EXPECT_EQ(d.cmdGet->text(), QStringLiteral("&Get"));
@@ -49,6 +49,11 @@ TEST_F(ProgramID, GetShowsTwoUpperCaseDigitsAndSetWritesTheBoxesInRecordOrderOrN
     ASSERT_EQ(prompt.messages.size(), 1);
     EXPECT_TRUE(prompt.messages[0].contains(QStringLiteral("Device ID, second byte")));
     EXPECT_EQ(d.txtDID[1]->selectedText(), "100");
+
+    // Unplugged, the dialog closes at once after the message.
+    driver.unplug(QStringLiteral("KX2001"));
+    EXPECT_EQ(prompt.messages.mid(1), QStringList{strings::text(5920)});
+    EXPECT_EQ(unloads, 1);
 }
 
 TEST_F(ProgramID, PresetsFollowTheFirmwareAndWriteNothing) {
@@ -78,13 +83,6 @@ TEST_F(ProgramID, WithoutAPlateOnlyTheSecondPresetDoesAnything) {
     EXPECT_TRUE(prompt.messages.isEmpty());
     d.cmdBPDefaults->click();
     EXPECT_EQ(texts(d), (QStringList{"B0", "02", "0D", "01", "04", "01", "00"}));
-}
-
-TEST_F(ProgramID, UnpluggingClosesAtOnceAfterTheMessage) {
-    openDialog(plate2);
-    driver.unplug(QStringLiteral("KX2001"));
-    EXPECT_EQ(prompt.messages, QStringList{strings::text(5920)});
-    EXPECT_EQ(unloads, 1);
 }
 
 } // namespace
