@@ -18,6 +18,7 @@ struct Tool {
     std::function<QPushButton*(frmMain&)> button;
     // Clicks of the opened dialog that put it to work before the picture.
     QStringList clicks;
+    const char* duration = nullptr; // what the main window puts into the duration box
 };
 
 void expectEveryTextWhole(const QWidget& window) {
@@ -54,6 +55,13 @@ TEST_P(ToolDialogs, OpenOnTheSelectedPlateAndShowEveryTextWhole) {
     ASSERT_FALSE(dialog.isNull());
     EXPECT_EQ(dialog->device(), window->selectedDevice());
     EXPECT_FALSE(window->isVisible());
+    if (tool.duration) {
+        EXPECT_EQ(child<QLineEdit>(dialog, QStringLiteral("txtDuration"))->text(), tool.duration);
+    }
+    // The calibration's bridge excitation is the main window's current gage voltage.
+    if (auto* excitation = dialog->findChild<QLineEdit*>(QStringLiteral("txtExcitation"))) {
+        EXPECT_EQ(excitation->text(), text(QStringLiteral("txtAVoltageCurr")));
+    }
     for (const QString& name : tool.clicks) {
         clock.advance(3000);
         child<QAbstractButton>(dialog, name)->click();
@@ -73,14 +81,14 @@ INSTANTIATE_TEST_SUITE_P(
         Tool{"frmAcquire-postural",
              &frmMain::cmdAcquire,
              {"optSignal2", "cmdDisplay", "cmdCapture"}},
-        Tool{"frmZero", &frmMain::cmdGetZero, {"cmdAcquire"}},
+        Tool{"frmZero", &frmMain::cmdGetZero, {"cmdAcquire"}, "5"},
         Tool{"frmMeter", &frmMain::cmdMeter, {"cmdDisplay"}},
         Tool{"frmScale", &frmMain::cmdScale, {"cmdDisplay"}},
         Tool{"frmPlateInfoEx", [](frmMain& w) { return w.frmGeneralInfo->cmdDevInfoEx; }, {}},
         Tool{"frmProgramID", &frmMain::cmdProgramID, {"cmdGet"}},
         Tool{"frmEncoder", &frmMain::cmdEncoder, {}},
         Tool{"frmNoise", &frmMain::cmdNoise, {"cmdAcquire"}},
-        Tool{"frmCalibrate", &frmMain::cmdCalibrate, {"cmdZero", "cmdDisplay"}}),
+        Tool{"frmCalibrate", &frmMain::cmdCalibrate, {"cmdZero", "cmdDisplay"}, "2"}),
     [](const auto& param) {
         return QString::fromLatin1(param.param.name).remove(u'-').toStdString();
     });

@@ -11,6 +11,7 @@ namespace {
 
 namespace s = strings;
 
+// Journal entries: where a text of the string table was shown.
 QString box(int id) {
     return QStringLiteral("box:") + s::text(id);
 }
@@ -20,6 +21,8 @@ QString status(int id) {
 QString label(int id) {
     return QStringLiteral("label:") + s::text(id);
 }
+const QString stop = QStringLiteral("stop");
+const QString recover = QStringLiteral("recover");
 
 // A window with the controls the profiles name, and a journal of every action the reporter
 // takes, message boxes included, in order.
@@ -90,11 +93,8 @@ TEST(DeviceErrorProfiles, StopAndAbortWhereEachWindowDoes) {
     const auto stopping = [](const DeviceErrorReaction& reaction) -> Steps {
         if (reaction.steps.isEmpty())
             return std::nullopt;
-        QList<R> kept;
-        for (R step : reaction.steps) {
-            if (step == R::Stop || step == R::Abort)
-                kept << step;
-        }
+        QList<R> kept = reaction.steps;
+        kept.removeIf([](R step) { return step != R::Stop && step != R::Abort; });
         return kept;
     };
     for (const auto& c : cases) {
@@ -104,41 +104,33 @@ TEST(DeviceErrorProfiles, StopAndAbortWhereEachWindowDoes) {
     }
 }
 
-struct ReactionCase {
-    const char* name;
-    int block;
-    DeviceEvent event;
-    QStringList expected;
-};
-
-class Reactions : public ReporterTest, public ::testing::WithParamInterface<ReactionCase> {};
-
-TEST_P(Reactions, RunTheDialogsStepsInOrderWithItsTexts) {
-    const ReactionCase& c = GetParam();
-    make(c.block)->report(c.event);
-    EXPECT_EQ(journal, c.expected);
+// Each window's reaction: its steps in order, with the texts of its own block.
+TEST_F(ReporterTest, ReactionsRunTheDialogsStepsInOrderWithItsTexts) {
+    using E = DeviceEvent;
+    const struct {
+        int block;
+        DeviceEvent event;
+        QStringList expected;
+    } cases[] = {
+        {s::AcquireBlock, E::ReadTimeout, {stop, box(4930), recover}},
+        {s::AcquireBlock, E::DataClipped, {stop, box(4910), label(4911)}},
+        {s::MeterBlock, E::DataClipped, {label(2910)}},
+        {s::ScaleBlock, E::ReadTimeout, {stop, box(3930), status(3931)}},
+        {s::ScaleBlock, E::BufferOverRun, {stop, status(3901), box(3902), label(3900)}},
+        {s::CalibrateBlock, E::BufferOverRun, {box(8900)}},
+        {s::CalibrateBlock, E::WriteTimeout, {box(8940), recover}},
+        {s::NoiseBlock, E::DataClipped, {}},
+        {s::MainBlock, E::NotResponding, {box(930)}},
+        {s::MainBlock, E::Removal, {}}, // the main window learns of removals from the driver
+        {s::NoiseBlock, E::Removal, {box(7920), QStringLiteral("close")}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(::testing::Message() << c.block << " " << int(c.event));
+        journal.clear();
+        make(c.block)->report(c.event);
+        EXPECT_EQ(journal, c.expected);
+    }
 }
-
-const QString stop = QStringLiteral("stop");
-const QString recover = QStringLiteral("recover");
-using E = DeviceEvent;
-
-const std::vector<ReactionCase> reactions = {
-    {"AcquireTimeout", s::AcquireBlock, E::ReadTimeout, {stop, box(4930), recover}},
-    {"AcquireClipping", s::AcquireBlock, E::DataClipped, {stop, box(4910), label(4911)}},
-    {"MeterClippingOpensNoBox", s::MeterBlock, E::DataClipped, {label(2910)}},
-    {"ScaleTimeout", s::ScaleBlock, E::ReadTimeout, {stop, box(3930), status(3931)}},
-    {"ScaleOverrun", s::ScaleBlock, E::BufferOverRun, {stop, status(3901), box(3902), label(3900)}},
-    {"CalibrateOverrun", s::CalibrateBlock, E::BufferOverRun, {box(8900)}},
-    {"CalibrateTimeout", s::CalibrateBlock, E::WriteTimeout, {box(8940), recover}},
-    {"NoiseIgnoresClipping", s::NoiseBlock, E::DataClipped, {}},
-    {"MainNotResponding", s::MainBlock, E::NotResponding, {box(930)}},
-    {"MainLeavesRemovalsToTheDriver", s::MainBlock, E::Removal, {}},
-    {"NoiseClosesAtOnceAfterRemoval", s::NoiseBlock, E::Removal, {box(7920), "close"}},
-};
-
-INSTANTIATE_TEST_SUITE_P(DeviceErrors, Reactions, ::testing::ValuesIn(reactions),
-                         [](const auto& param) { return std::string(param.param.name); });
 
 TEST_F(ReporterTest, ControlsAreEnabledAndDisabledByName) {
     make(s::NoiseBlock)->report(DeviceEvent::WriteTimeout);

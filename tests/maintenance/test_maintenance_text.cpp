@@ -31,8 +31,10 @@ TEST(UsbIdentityPresets, FirmwareIsAnUnsignedByte) {
     EXPECT_EQ(forcePlatformDefaults(0x80), forcePlatformDefaults(2)) << "0x80 is not negative";
 }
 
-TEST(ServiceRecordText, TemperatureRoundsAndHoursAreNotFoldedIntoDays) {
+TEST(ServiceRecordText, TemperatureRoundsAndTimeInServiceSplitsIntoHoursNotDays) {
     EXPECT_EQ(formatTemperature(-5.125f), QString::fromUtf8("-5.13 °C"));
+    EXPECT_EQ(formatTimeInService(3599), "0h 59m 59s ");
+    EXPECT_EQ(formatTimeInService(3600), "1h 0m 0s ");
     EXPECT_EQ(formatTimeInService(4294967295LL), "1193046h 28m 15s ");
     EXPECT_EQ(formatRecordDate(QDateTime(QDate(2024, 2, 30), QTime(1, 0))), QString());
 }

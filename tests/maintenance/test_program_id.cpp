@@ -28,35 +28,32 @@ protected:
     SimPlate* plate1 = nullptr;
 };
 
-TEST_F(ProgramID, TheButtonsSayWhatTheyDo) {
-    const frmProgramID& d = openDialog(plate2);
-    EXPECT_EQ(d.cmdSet->text(), QStringLiteral("&Set"));
-    EXPECT_EQ(d.cmdGet->text(), QStringLiteral("&Get"));
-}
-
-TEST_F(ProgramID, GetShowsTwoUpperCaseDigitsAndSetWritesTheBoxesInRecordOrder) {
+TEST_F(ProgramID, GetShowsTheBytesAndSetWritesThemInRecordOrderOrNothingUntilUnplugged) {
     plate2->SetUsbIdentity({0x00, 0x0B, 0xB0, 0xFF, 0x10, 0x05, 0xAB});
     auto& d = openDialog(plate2);
+    EXPECT_EQ(d.cmdGet->text(), QStringLiteral("&Get"));
+    EXPECT_EQ(d.cmdSet->text(), QStringLiteral("&Set"));
     d.cmdGet->click();
     EXPECT_EQ(texts(d), (QStringList{"00", "0B", "B0", "FF", "10", "05", "AB"}));
     test::retype(d.txtDID[1], QStringLiteral("7"));
     d.cmdSet->click();
-    EXPECT_EQ(plate2->GetUsbIdentity(), (UsbIdentity{0x00, 0x0B, 0xB0, 0xFF, 0x10, 0x05, 0x07}));
+    const UsbIdentity written{0x00, 0x0B, 0xB0, 0xFF, 0x10, 0x05, 0x07};
+    EXPECT_EQ(plate2->GetUsbIdentity(), written);
     EXPECT_TRUE(prompt.messages.isEmpty());
-}
 
-TEST_F(ProgramID, AValueAboveFFIsRefusedAndNothingIsWritten) {
-    const UsbIdentity before = plate2->GetUsbIdentity();
-    auto& d = openDialog(plate2);
-    d.cmdGet->click();
-    // Not even the valid box before the bad one reaches the plate.
+    // A value above FF is refused, and not even the valid box before it reaches the plate.
     test::retype(d.txtPID[0], QStringLiteral("AA"));
     test::retype(d.txtDID[1], QStringLiteral("100"));
     d.cmdSet->click();
-    EXPECT_EQ(plate2->GetUsbIdentity(), before);
+    EXPECT_EQ(plate2->GetUsbIdentity(), written);
     ASSERT_EQ(prompt.messages.size(), 1);
     EXPECT_TRUE(prompt.messages[0].contains(QStringLiteral("Device ID, second byte")));
     EXPECT_EQ(d.txtDID[1]->selectedText(), "100");
+
+    // Unplugged, the dialog closes at once after the message.
+    driver.unplug(QStringLiteral("KX2001"));
+    EXPECT_EQ(prompt.messages.mid(1), QStringList{strings::text(5920)});
+    EXPECT_EQ(unloads, 1);
 }
 
 TEST_F(ProgramID, PresetsFollowTheFirmwareAndWriteNothing) {
@@ -86,13 +83,6 @@ TEST_F(ProgramID, WithoutAPlateOnlyTheSecondPresetDoesAnything) {
     EXPECT_TRUE(prompt.messages.isEmpty());
     d.cmdBPDefaults->click();
     EXPECT_EQ(texts(d), (QStringList{"B0", "02", "0D", "01", "04", "01", "00"}));
-}
-
-TEST_F(ProgramID, UnpluggingClosesAtOnceAfterTheMessage) {
-    openDialog(plate2);
-    driver.unplug(QStringLiteral("KX2001"));
-    EXPECT_EQ(prompt.messages, QStringList{strings::text(5920)});
-    EXPECT_EQ(unloads, 1);
 }
 
 } // namespace

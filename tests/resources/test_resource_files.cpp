@@ -50,10 +50,6 @@ TEST(ResourceFiles, SoundBesideTheProgramIsAShortMonoPcmWave) {
     EXPECT_LT(seconds, 0.4);
 }
 
-} // namespace
-
-namespace {
-
 void touch(const QString& path) {
     QFile(path).open(QIODevice::WriteOnly);
 }

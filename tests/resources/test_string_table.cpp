@@ -122,16 +122,6 @@ TEST(StringTable, TextsAreExactIncludingMnemonicsBreaksAndKeptSpellings) {
         {noise::Of, " of "},
         {calibrate::CTemp, "T (°C):"},
         {8950, "Error: Signal Too Noisy!\n\n\n\nTry the acquisition again."},
-        // The device texts every block shares, as the acquisition block words them.
-        {4900, "Error: A/D Buffer Overrun!\n\nTry the acquisition again.\n\nIf the problem "
-               "persists, the selected\nsamping frequency might be too high.\nTry selecting a "
-               "lower sampling frequency."},
-        {4910, "Error: A/D Signals Clipped!\n\nTry the acquisition again."},
-        {4920, "The Force Platform Has Been Disconnected!!!\n\nThis window will now Close!"},
-        {4930, "Error: Time-out while reading from the platform!\n\nIf the problem persists, "
-               "close this window and\ntry unplugging and then re-plugging the platform\n\nIf "
-               "the problem continues, try restarting the computer and\nmake sure no other "
-               "application (including any antivirus application) is running."},
         {1910, "Error: A/D Signals Clipped!\n\nMake sure nothing is in contact with the "
                "plate\nand try the acquisition again.\n\nIf the problem persists, check the "
                "bridges' trim."},
@@ -140,38 +130,37 @@ TEST(StringTable, TextsAreExactIncludingMnemonicsBreaksAndKeptSpellings) {
         EXPECT_EQ(text(id), QString::fromUtf8(expected)) << id;
 }
 
-struct BlockErrors {
-    int block;
-    int overrunMessage; // 0: the block shows no message box
-    int overrunLabel;   // 0: no short status label
-};
-
-// Handlers fetch `block + offset` without knowing the dialog; the texts must be there and read
-// alike. Clipping texts sit 10 after their overrun counterparts.
+// Handlers fetch `block + offset` without knowing the dialog: every block holds the device
+// texts as the acquisition block words them, or the short labels where its dialog runs on.
 TEST(StringTable, EveryDialogBlockHoldsItsDeviceErrorTexts) {
-    const QString removal = text(AcquireBlock + RemovalOffset);
-    const QString readTimeout = text(AcquireBlock + ReadTimeoutOffset);
+    const QString overrun = QStringLiteral(
+        "Error: A/D Buffer Overrun!\n\nTry the acquisition again.\n\nIf the problem persists, "
+        "the selected\nsamping frequency might be too high.\nTry selecting a lower sampling "
+        "frequency.");
+    const QString clipped =
+        QStringLiteral("Error: A/D Signals Clipped!\n\nTry the acquisition again.");
+    const QString removal = QStringLiteral(
+        "The Force Platform Has Been Disconnected!!!\n\nThis window will now Close!");
+    const QString readTimeout = QStringLiteral(
+        "Error: Time-out while reading from the platform!\n\nIf the problem persists, close "
+        "this window and\ntry unplugging and then re-plugging the platform\n\nIf the problem "
+        "continues, try restarting the computer and\nmake sure no other application (including "
+        "any antivirus application) is running.");
     QString writeTimeout = readTimeout;
     writeTimeout.replace(QStringLiteral("reading from"), QStringLiteral("writing to"));
-    ASSERT_NE(writeTimeout, readTimeout);
-    const BlockErrors cases[] = {
-        {ZeroBlock, 1900, 0},       {MeterBlock, 0, 2900},        {ScaleBlock, 3902, 3900},
-        {AcquireBlock, 4900, 4901}, {ProgramIdBlock, 5900, 0},    {EncoderBlock, 6900, 0},
-        {NoiseBlock, 7900, 0},      {CalibrateBlock, 8900, 8901}, {PlateInfoExBlock, 9900, 0}};
-    for (const auto& c : cases) {
-        EXPECT_TRUE(contains(c.block + OverrunOffset) && contains(c.block + ClippingOffset));
-        EXPECT_EQ(text(c.block + RemovalOffset), removal) << c.block;
-        EXPECT_EQ(text(c.block + ReadTimeoutOffset), readTimeout) << c.block;
-        EXPECT_EQ(text(c.block + WriteTimeoutOffset), writeTimeout) << c.block;
-        if (c.overrunMessage != 0) {
-            EXPECT_TRUE(text(c.overrunMessage).startsWith(u"Error: A/D Buffer Overrun!\n\n"));
-            EXPECT_TRUE(text(c.overrunMessage).contains(u"samping frequency")) << c.block;
-            EXPECT_TRUE(text(c.overrunMessage + 10).startsWith(u"Error: A/D Signals Clipped!"));
-        }
-        if (c.overrunLabel != 0) {
-            EXPECT_EQ(text(c.overrunLabel), u"Overrun!") << c.block;
-            EXPECT_EQ(text(c.overrunLabel + 10), u"Clipping!") << c.block;
-        }
+    for (int block : {ZeroBlock, MeterBlock, ScaleBlock, AcquireBlock, ProgramIdBlock, EncoderBlock,
+                      NoiseBlock, CalibrateBlock, PlateInfoExBlock}) {
+        EXPECT_EQ(text(block + RemovalOffset), removal) << block;
+        EXPECT_EQ(text(block + ReadTimeoutOffset), readTimeout) << block;
+        EXPECT_EQ(text(block + WriteTimeoutOffset), writeTimeout) << block;
+    }
+    for (int id : {1900, 4900, 5900, 6900, 7900, 8900, 9900})
+        EXPECT_EQ(text(id), overrun) << id;
+    for (int id : {4910, 5910, 6910, 7910, 8910, 9910})
+        EXPECT_EQ(text(id), clipped) << id;
+    for (int id : {2900, 3900, 4901, 8901}) {
+        EXPECT_EQ(text(id), QStringLiteral("Overrun!")) << id;
+        EXPECT_EQ(text(id + 10), QStringLiteral("Clipping!")) << id;
     }
 }
 
