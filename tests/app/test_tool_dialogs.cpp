@@ -78,9 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
     ::testing::Values(
         Tool{"frmAcquire-forces", &frmMain::cmdAcquire, {"optSignal0", "cmdDisplay"}},
         Tool{"frmAcquire-voltages", &frmMain::cmdAcquire, {"optSignal1", "cmdDisplay"}},
-        Tool{"frmAcquire-postural",
-             &frmMain::cmdAcquire,
-             {"optSignal2", "cmdDisplay", "cmdCapture"}},
+        Tool{"frmAcquire-postural", &frmMain::cmdAcquire, {"optSignal2", "cmdDisplay"}},
         Tool{"frmZero", &frmMain::cmdGetZero, {"cmdAcquire"}, "5"},
         Tool{"frmMeter", &frmMain::cmdMeter, {"cmdDisplay"}},
         Tool{"frmScale", &frmMain::cmdScale, {"cmdDisplay"}},
