@@ -45,7 +45,7 @@ TEST(MatrixFit, ExactDataGiveTheHiddenMatrixAndNoFlags) {
 }
 
 // Noisy signals: C·(S·Sᵀ) = L·Sᵀ whatever the data, the error table is applied minus
-// computed, and the diagnostics follow from S and the residuals.
+// computed, and the diagnostics follow from S and the residuals as defined.
 TEST(MatrixFit, NormalEquationsErrorTableAndDiagnostics) {
     const std::vector<CalPoint> points = withNoise(SyntheticPlate().grid(TenPoints), 7, 1e-4);
     const FitOutcome out = fit(points);
@@ -71,7 +71,15 @@ TEST(MatrixFit, NormalEquationsErrorTableAndDiagnostics) {
     }
     const Eigen::VectorXd sv = Eigen::BDCSVD<Eigen::MatrixXd>(S).singularValues();
     EXPECT_NEAR(r.diagnostics.conditionNumber, sv(0) / sv(2), 1e-9 * sv(0) / sv(2));
+    // Uncertainty: the row's residual variance over N − m = 7 times the diagonal of (S·Sᵀ)⁻¹.
     const Eigen::MatrixXd R = L - F;
+    const Eigen::MatrixXd Qi = (S * S.transpose()).inverse();
+    ASSERT_TRUE(r.diagnostics.uncertainty);
+    for (int i = 0; i < 3; ++i)
+        for (int j = 0; j < 3; ++j) {
+            const double u = std::sqrt(R.row(i).squaredNorm() / 7 * Qi(j, j));
+            EXPECT_NEAR((*r.diagnostics.uncertainty)[std::size_t(i)][std::size_t(j)], u, 1e-9 * u);
+        }
     for (int i = 0; i < 3; ++i)
         EXPECT_NEAR(r.diagnostics.residualRms[std::size_t(i)],
                     std::sqrt(R.row(i).squaredNorm() / 10), 1e-9);
