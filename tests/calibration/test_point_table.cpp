@@ -45,16 +45,9 @@ TEST_F(PointTableTest, NextWrapsFromTheLastPointToTheFirst) {
     }
 }
 
-TEST(PointTable, HitTestFindsTheFirstMarkHoldingTheClickRimIncluded) {
-    // Marks 0 and 1 overlap: the lower number wins. Binary fractions, so that a rim distance
-    // is exactly the radius.
-    Calibration c;
-    for (const auto& [x, y] : {std::pair{0.0, 0.0}, {0.0625, 0.0}, {0.5, 0.5}}) {
-        c.record.points.emplace_back();
-        c.record.points.back().x = x;
-        c.record.points.back().y = y;
-    }
-    const PointTable table(c);
+TEST_F(PointTableTest, HitTestFindsTheFirstMarkHoldingTheClickRimIncluded) {
+    // With a radius of 0.125 m marks 0 and 1 overlap: the lower number wins. The rim distances
+    // are binary fractions, so that they equal the radius exactly.
     struct Case {
         double x, y;
         std::optional<int> hit;
@@ -62,10 +55,11 @@ TEST(PointTable, HitTestFindsTheFirstMarkHoldingTheClickRimIncluded) {
         {0.0, 0.0, 0},
         {0.125, 0.0, 0},
         {0.0, -0.125, 0},
-        {0.1875, 0.0, 1},
-        {0.5, 0.375, 2},
-        {0.5, 0.3749, std::nullopt},
-        {0.59, 0.59, std::nullopt}, // 0.127 m away on the diagonal
+        {0.1, 0.0, 0},
+        {0.25, 0.0, 1},
+        {0.4, 0.125, 2},
+        {0.4, 0.1251, std::nullopt},
+        {0.3, 0.3, std::nullopt},
     };
     for (const Case& k : cases)
         EXPECT_EQ(table.hitTest(k.x, k.y, 0.125), k.hit) << k.x << ", " << k.y;
