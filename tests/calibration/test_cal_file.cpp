@@ -88,8 +88,7 @@ std::optional<CalibrationRecord> readBytes(const QByteArray& bytes, CalFileReade
 
 QString errorOf(const QByteArray& bytes) {
     CalFileReader reader(SettingsEnvironment, SettingsLoads);
-    const auto record = readBytes(bytes, reader);
-    EXPECT_FALSE(record);
+    EXPECT_FALSE(readBytes(bytes, reader));
     return reader.errorString();
 }
 
@@ -97,10 +96,6 @@ QByteArray golden(const char* name) {
     QFile file(QStringLiteral(KX_CAL_GOLDEN_DIR "/%1").arg(QLatin1String(name)));
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
     return file.readAll();
-}
-
-void putLong(QByteArray& bytes, qsizetype at, qint32 value) {
-    qToLittleEndian(value, bytes.data() + at);
 }
 
 TEST(CalFile, RoundTripIsByteForByte) {
@@ -238,7 +233,7 @@ TEST(CalFile, DamagedFilesGiveAMessageNamingTheFault) {
     const QByteArray good = writeCalFile(sampleRecord(3));
     const auto patched = [&](qsizetype at, qint32 value) {
         QByteArray b = good;
-        putLong(b, at, value);
+        qToLittleEndian(value, b.data() + at);
         return b;
     };
     const qsizetype field7 = 24; // header: dimension count, then count, lower bound
