@@ -107,8 +107,11 @@ TEST(MatrixFit, RefusesWhatCannotBeFitted) {
         {"no positive channel", negative, strings::text(s::FitNoSignal)},
         {"fewer points than channels", plate.grid({{0, 0}, {0.3, 0.3}}),
          strings::text(s::FitTooFewPoints).arg(3).arg(2)},
-        // Points on one line: S has rank 2.
+        // Points on one line: S has rank 2. A tenth of a micron off it, S·Sᵀ still inverts but
+        // the condition number of S is 4e7.
         {"collinear points", plate.grid({{0, 0}, {0.1, 0.1}, {0.2, 0.2}, {0.3, 0.3}}), QString()},
+        {"nearly collinear points", plate.grid({{0, 0}, {0.1, 0.1}, {0.2, 0.2}, {0.3, 0.3 + 1e-7}}),
+         QString()},
     };
     for (const Case& k : cases) {
         const FitOutcome out = fit(k.points);
