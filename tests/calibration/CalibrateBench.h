@@ -39,6 +39,12 @@ public:
 
     bool idle(const frmCalibrate& dialog) const { return dialog.cmdZero->isEnabled(); }
 
+    // The zero codes the plate subtracts, channels 1 to 3.
+    std::array<qint32, 3> plateZero() const {
+        return {m_plate.ZeroValue(0, Which::Current), m_plate.ZeroValue(1, Which::Current),
+                m_plate.ZeroValue(2, Which::Current)};
+    }
+
     void waitIdle(const frmCalibrate& dialog) {
         for (int ms = 0; ms < 10000 && !idle(dialog); ms += 10)
             m_clock.advance(10);

@@ -5,7 +5,6 @@
 #include "resources/StringTable.h"
 
 #include <QBuffer>
-#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 #include <QtEndian>
@@ -89,8 +88,7 @@ std::optional<CalibrationRecord> readBytes(const QByteArray& bytes, CalFileReade
 
 QString errorOf(const QByteArray& bytes) {
     CalFileReader reader(SettingsEnvironment, SettingsLoads);
-    const auto record = readBytes(bytes, reader);
-    EXPECT_FALSE(record);
+    EXPECT_FALSE(readBytes(bytes, reader));
     return reader.errorString();
 }
 
@@ -98,10 +96,6 @@ QByteArray golden(const char* name) {
     QFile file(QStringLiteral(KX_CAL_GOLDEN_DIR "/%1").arg(QLatin1String(name)));
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
     return file.readAll();
-}
-
-void putLong(QByteArray& bytes, qsizetype at, qint32 value) {
-    qToLittleEndian(value, bytes.data() + at);
 }
 
 TEST(CalFile, RoundTripIsByteForByte) {
@@ -118,18 +112,37 @@ TEST(CalFile, RoundTripIsByteForByte) {
     }
 }
 
-TEST(CalFile, WriterMatchesTheGoldenFile) {
+// The golden files, the full record and the three shorter layouts of earlier versions, with
+// how the reader should take each.
+struct Golden {
+    const char* name;
+    qsizetype size;
+    CalFileReader::Layout layout;
+};
+const Golden Goldens[] = {
+    {"through17.cal", bytesThrough17(10), CalFileReader::Layout::ThroughField17},
+    {"through28.cal", bytesThrough28(10, 8), CalFileReader::Layout::ThroughField28},
+    {"through34.cal", bytesThrough34(10, 8), CalFileReader::Layout::ThroughField34},
+    {"full.cal", bytesFull(10, 8), CalFileReader::Layout::Full},
+};
+
+// KX_WRITE_GOLDEN=1 writes the golden files again from the writer; check them by hand after.
+TEST(CalFile, WriterMatchesTheGoldenFiles) {
     // Checked by hand: P = 10 (0a 00 00 00), the radius 0.025f (cd cc cc 3c), field 7's header
     // 01 00 | 0a 00 00 00 | 00 00 00 00, and the two Variants 0a 00 04 00 02 80.
-    const QByteArray full = golden("full.cal");
-    EXPECT_EQ(writeCalFile(sampleRecord(10)), full);
+    const QByteArray full = writeCalFile(sampleRecord(10));
+    for (const Golden& g : Goldens) {
+        if (!qEnvironmentVariableIsEmpty("KX_WRITE_GOLDEN")) {
+            QFile file(QStringLiteral(KX_CAL_GOLDEN_DIR "/%1").arg(QLatin1String(g.name)));
+            ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+            file.write(full.left(g.size));
+        }
+        EXPECT_EQ(golden(g.name), full.left(g.size)) << g.name;
+    }
     EXPECT_EQ(full.left(8), QByteArray::fromHex("0a000000cdcccc3c"));
     EXPECT_EQ(full.mid(24, 10), QByteArray::fromHex("01000a00000000000000"));
     EXPECT_EQ(full.mid(bytesThrough34(10, 8) - 12, 12),
               QByteArray::fromHex("0a00040002800a0004000280"));
-    EXPECT_EQ(golden("through17.cal"), full.left(bytesThrough17(10)));
-    EXPECT_EQ(golden("through28.cal"), full.left(bytesThrough28(10, 8)));
-    EXPECT_EQ(golden("through34.cal"), full.left(bytesThrough34(10, 8)));
 }
 
 // one-point-by-hand.cal was put together field by field from the layout with Python's struct,
@@ -173,26 +186,20 @@ TEST(CalFile, WriterMatchesAFileMadeByHandFromTheLayout) {
 
 TEST(CalFile, ShorterRecordsOfEarlierVersionsAreCompleted) {
     const CalibrationRecord full = sampleRecord(10);
-    struct Case {
-        const char* file;
-        CalFileReader::Layout layout;
-    } cases[] = {
-        {"through17.cal", CalFileReader::Layout::ThroughField17},
-        {"through28.cal", CalFileReader::Layout::ThroughField28},
-        {"through34.cal", CalFileReader::Layout::ThroughField34},
-    };
-    for (const Case& k : cases) {
+    for (const Golden& g : Goldens) {
+        if (g.layout == CalFileReader::Layout::Full)
+            continue;
         CalFileReader reader(SettingsEnvironment, SettingsLoads);
-        const auto r = readBytes(golden(k.file), reader);
-        ASSERT_TRUE(r) << k.file << ": " << reader.errorString().toStdString();
-        EXPECT_EQ(reader.layout(), k.layout);
+        const auto r = readBytes(golden(g.name), reader);
+        ASSERT_TRUE(r) << g.name << ": " << reader.errorString().toStdString();
+        EXPECT_EQ(reader.layout(), g.layout);
         // The environment is the settings' in every short record.
-        EXPECT_EQ(r->environment, SettingsEnvironment) << k.file;
+        EXPECT_EQ(r->environment, SettingsEnvironment) << g.name;
         EXPECT_EQ(r->points.size(), 10u);
         EXPECT_EQ(r->points[4].dataMean, full.points[4].dataMean);
-        const bool temperatures = k.layout == CalFileReader::Layout::ThroughField34;
-        EXPECT_EQ(r->points[1].zeroTemperature, temperatures ? 23.5f : 0.0f) << k.file;
-        if (k.layout == CalFileReader::Layout::ThroughField17) {
+        const bool temperatures = g.layout == CalFileReader::Layout::ThroughField34;
+        EXPECT_EQ(r->points[1].zeroTemperature, temperatures ? 23.5f : 0.0f) << g.name;
+        if (g.layout == CalFileReader::Layout::ThroughField17) {
             // No scaling block: the settings' steps, none taken.
             ASSERT_EQ(r->steps.size(), SettingsLoads.size());
             EXPECT_FALSE(r->steps[0].done);
@@ -226,7 +233,7 @@ TEST(CalFile, DamagedFilesGiveAMessageNamingTheFault) {
     const QByteArray good = writeCalFile(sampleRecord(3));
     const auto patched = [&](qsizetype at, qint32 value) {
         QByteArray b = good;
-        putLong(b, at, value);
+        qToLittleEndian(value, b.data() + at);
         return b;
     };
     const qsizetype field7 = 24; // header: dimension count, then count, lower bound
@@ -267,17 +274,7 @@ TEST(CalFile, DamagedFilesGiveAMessageNamingTheFault) {
         EXPECT_EQ(errorOf(k.bytes), k.error) << k.name;
 }
 
-TEST(CalFile, FoldersAndMissingFilesAreRefused) {
-    QTemporaryDir dir;
-    CalFileReader reader(SettingsEnvironment, SettingsLoads);
-    EXPECT_FALSE(reader.readFile(dir.path()));
-    EXPECT_EQ(reader.errorString(), strings::text(s::FileIsFolder).arg(dir.path()));
-    EXPECT_FALSE(reader.readFile(dir.filePath(QStringLiteral("none.cal"))));
-    EXPECT_TRUE(reader.errorString().startsWith(
-        strings::text(s::FileCannotOpen).arg(dir.filePath(QStringLiteral("none.cal")), "")));
-}
-
-TEST(CalFile, SavedFileReadsBackAndNamesTakeTheFirstFreeNumber) {
+TEST(CalFile, SavedFilesReadBackNamedByTheFirstFreeNumberAndFoldersAreRefused) {
     QTemporaryDir dir;
     const QString first = nextCalFileName(dir.path(), QStringLiteral("20418"));
     EXPECT_EQ(first, dir.filePath(QStringLiteral("20418_1.cal")));
@@ -291,6 +288,12 @@ TEST(CalFile, SavedFileReadsBackAndNamesTakeTheFirstFreeNumber) {
     const auto back = reader.readFile(first);
     ASSERT_TRUE(back);
     EXPECT_EQ(*back, sampleRecord(2));
+
+    EXPECT_FALSE(reader.readFile(dir.path()));
+    EXPECT_EQ(reader.errorString(), strings::text(s::FileIsFolder).arg(dir.path()));
+    const QString none = dir.filePath(QStringLiteral("none.cal"));
+    EXPECT_FALSE(reader.readFile(none));
+    EXPECT_TRUE(reader.errorString().startsWith(strings::text(s::FileCannotOpen).arg(none, "")));
 }
 
 TEST(OleDate, DaysSinceTheLastDaysOf1899) {
@@ -309,25 +312,6 @@ TEST(OleDate, DaysSinceTheLastDaysOf1899) {
     }
     EXPECT_EQ(OleDate::fromDateTime({}).days, 0);
     EXPECT_FALSE(OleDate{1e300}.toDateTime().isValid());
-}
-
-// Writes the golden files again from the writer: KX_WRITE_GOLDEN=1. Check them by hand after.
-TEST(CalFile, GoldenFilesCanBeRewritten) {
-    if (qEnvironmentVariableIsEmpty("KX_WRITE_GOLDEN"))
-        GTEST_SKIP() << "set KX_WRITE_GOLDEN=1 to rewrite the golden files";
-    const QByteArray full = writeCalFile(sampleRecord(10));
-    const std::pair<const char*, qsizetype> files[] = {
-        {"full.cal", full.size()},
-        {"through17.cal", bytesThrough17(10)},
-        {"through28.cal", bytesThrough28(10, 8)},
-        {"through34.cal", bytesThrough34(10, 8)},
-    };
-    QDir().mkpath(QStringLiteral(KX_CAL_GOLDEN_DIR));
-    for (const auto& [name, size] : files) {
-        QFile file(QStringLiteral(KX_CAL_GOLDEN_DIR "/%1").arg(QLatin1String(name)));
-        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write(full.left(size));
-    }
 }
 
 } // namespace

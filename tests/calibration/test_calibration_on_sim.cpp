@@ -45,17 +45,15 @@ TEST(CalibrationOnSim, TenPointsFindTheHiddenMatrixAndTheScaleStaysAtOne) {
         double worstFz = 0;
         double worstCop = 0;
         for (const FitErrorRow& e : r.errors) {
+            EXPECT_LT(std::abs(e.fz), 0.0005 * load) << "seed " << seed << " point " << e.point;
+            EXPECT_LT(std::abs(e.x), 1e-4) << "seed " << seed << " point " << e.point;
+            EXPECT_LT(std::abs(e.y), 1e-4) << "seed " << seed << " point " << e.point;
             worstFz = std::max(worstFz, std::abs(e.fz));
             worstCop = std::max({worstCop, std::abs(e.x), std::abs(e.y)});
         }
         std::cout << "seed " << seed << ": matrix " << matrixError * 100 << " %, Fz "
-                  << worstFz / bench.settings.Load * 100 << " % of the load, centre of pressure "
+                  << worstFz / load * 100 << " % of the load, centre of pressure "
                   << worstCop * 1000 << " mm\n";
-        for (const FitErrorRow& e : r.errors) {
-            EXPECT_LT(std::abs(e.fz), 0.0005 * load) << "seed " << seed << " point " << e.point;
-            EXPECT_LT(std::abs(e.x), 1e-4) << "seed " << seed << " point " << e.point;
-            EXPECT_LT(std::abs(e.y), 1e-4) << "seed " << seed << " point " << e.point;
-        }
         for (const bool flagged : r.diagnostics.flagged)
             EXPECT_FALSE(flagged) << seed;
 
@@ -64,8 +62,6 @@ TEST(CalibrationOnSim, TenPointsFindTheHiddenMatrixAndTheScaleStaysAtOne) {
         const float suggested =
             LinearityScaling::suggestedValue(r.matrix, bench.calibration.record.steps);
         EXPECT_NEAR(suggested, 1.0f, 0.0005f) << seed;
-        const CalMatrix scaled = LinearityScaling::scaled(r.matrix, suggested);
-        EXPECT_EQ(scaled[0][0], r.matrix[0][0] * suggested);
         for (const QStringList& row :
              LinearityScaling::gridRows(r.matrix, bench.calibration.record.steps))
             EXPECT_NEAR(row[3].toDouble(), 1.0, 0.0006) << row.join(u' ').toStdString();

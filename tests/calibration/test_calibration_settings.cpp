@@ -15,33 +15,25 @@ namespace {
 
 constexpr auto User = SettingsRoot::CurrentUser;
 
-// Counts the warnings written while it lives (they go to stderr).
-class WarningCounter {
-public:
-    WarningCounter() {
-        s_count = 0;
-        m_previous =
-            qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString&) {
-                s_count += type == QtWarningMsg;
-            });
+class CalibrationSettingsTest : public ::testing::Test {
+protected:
+    QString stored(const char* section, const char* key) const {
+        return profile.value(QLatin1String(section), QLatin1String(key), "(missing)");
     }
-    ~WarningCounter() { qInstallMessageHandler(m_previous); }
-    int count() const { return s_count; }
+    void set(const char* section, const char* key, const char* text) const {
+        profile.setValue(QLatin1String(section), QLatin1String(key), QLatin1String(text));
+    }
+    static QString user(const char* name) {
+        return GetSettingString(User, QLatin1String(kCalibrationKey), QLatin1String(name),
+                                "(missing)");
+    }
 
-private:
-    static inline int s_count = 0;
-    QtMessageHandler m_previous;
-};
-
-QString stored(const IniFile& profile, const char* section, const QString& key) {
-    return profile.value(QLatin1String(section), key, QStringLiteral("(missing)"));
-}
-
-TEST(CalibrationSettings, AMissingProfileIsCreatedCompleteWithTheDefaults) {
     test::TempEnvironment environment;
     const IniFile profile = IniFile::sharedProfile();
-    const CalibrationSettings s = CalibrationSettings::load(profile);
+};
 
+TEST_F(CalibrationSettingsTest, AMissingProfileIsCreatedCompleteWithTheDefaults) {
+    const CalibrationSettings s = CalibrationSettings::load(profile);
     // 25 kg × 9.796878 m/s² = 244.9219... N; 16 in = 0.4064 m.
     const struct {
         const char* section;
@@ -62,6 +54,7 @@ TEST(CalibrationSettings, AMissingProfileIsCreatedCompleteWithTheDefaults) {
         {"Calibration", "Point 1Y", "0.460000"},
         {"Calibration", "Point 10X", "0.150000"},
         {"Calibration", "Point 10Y", "0.320000"},
+        {"Calibration", "Point 11X", "(missing)"},
         {"Linearity", "Loads", "8"},
         {"Linearity", "Load 1", "244.922"},
         {"Linearity", "Load 4", "979.688"},
@@ -69,56 +62,49 @@ TEST(CalibrationSettings, AMissingProfileIsCreatedCompleteWithTheDefaults) {
         {"Linearity", "Load 8", "244.922"},
     };
     for (const auto& e : expected)
-        EXPECT_EQ(stored(profile, e.section, QLatin1String(e.key)), QLatin1String(e.text)) << e.key;
-    EXPECT_EQ(stored(profile, "Calibration", QStringLiteral("Point 11X")),
-              QStringLiteral("(missing)"));
+        EXPECT_EQ(stored(e.section, e.key), QLatin1String(e.text)) << e.key;
 
     EXPECT_EQ(s.Gravity, 9.796878); // double, not single
     EXPECT_EQ(s.Load, 244.922f);
     EXPECT_EQ(s.MaxZeroStdDev, 1024.0f);
     EXPECT_EQ(s.MaxDataStdDev, 0.002f);
     EXPECT_EQ(s.PlateXLeft, -0.406f);
-    EXPECT_EQ(s.Points.size(), 10u);
     EXPECT_EQ(s.Points[0], (PointXY{-0.3f, 0.46f}));
-    EXPECT_EQ(s.LinearityLoads.size(), 8u);
     EXPECT_EQ(s.LinearityLoads[3], 979.688f);
     EXPECT_EQ(s.DisplayPointRadius, 0.025f);
     EXPECT_EQ(s.LastFilePath, QDir::fromNativeSeparators(environment.documentsFolder()));
 }
 
-TEST(CalibrationSettings, ProfileValuesWinAndUnusableOnesFallBackWithAWarning) {
-    test::TempEnvironment environment;
-    const IniFile profile = IniFile::sharedProfile();
+TEST_F(CalibrationSettingsTest, ProfileValuesWinAndUnusableOnesFallBackWithAWarning) {
     CalibrationSettings::load(profile);
-    profile.setValue(QStringLiteral("Local"), QStringLiteral("Gravity"), QStringLiteral("9.81"));
-    profile.setValue(QStringLiteral("Calibration"), QStringLiteral("Load"),
-                     QStringLiteral("heavy"));
-    profile.setValue(QStringLiteral("Calibration"), QStringLiteral("Points"), QStringLiteral("4"));
-    profile.setValue(QStringLiteral("Calibration"), QStringLiteral("Point 2X"),
-                     QStringLiteral("0.125"));
-    profile.setValue(QStringLiteral("Linearity"), QStringLiteral("Loads"), QStringLiteral("-3"));
-    profile.setValue(QStringLiteral("Calibration"), QStringLiteral("Max Zero StdDev"),
-                     QStringLiteral("1e3"));
-    SaveSettingString(User, QLatin1String(kCalibrationKey),
-                      QStringLiteral("Display Point Radius (m)"), QStringLiteral("wide"));
+    set("Local", "Gravity", "9.81");
+    set("Calibration", "Load", "heavy");
+    set("Calibration", "Points", "4");
+    set("Calibration", "Point 2X", "0.125");
+    set("Linearity", "Loads", "-3");
+    set("Calibration", "Max Zero StdDev", "1e3");
+    SaveSettingString(User, QLatin1String(kCalibrationKey), "Display Point Radius (m)", "wide");
 
-    WarningCounter warnings;
+    static int warnings = 0;
+    const QtMessageHandler previous =
+        qInstallMessageHandler([](QtMsgType type, const QMessageLogContext&, const QString&) {
+            warnings += type == QtWarningMsg;
+        });
     const CalibrationSettings s = CalibrationSettings::load(profile);
-    EXPECT_EQ(warnings.count(), 3);
+    qInstallMessageHandler(previous);
+    EXPECT_EQ(warnings, 3);
     EXPECT_EQ(s.Gravity, 9.81);
     EXPECT_EQ(s.MaxZeroStdDev, 1000.0f);
     EXPECT_EQ(s.Load, 245.25f); // the default follows the gravity in force
-    EXPECT_EQ(stored(profile, "Calibration", QStringLiteral("Load")), QStringLiteral("245.250"));
+    EXPECT_EQ(stored("Calibration", "Load"), "245.250");
     EXPECT_EQ(s.Points.size(), 4u);
     EXPECT_EQ(s.Points[1].x, 0.125);
     EXPECT_EQ(s.LinearityLoads.size(), 8u);
-    EXPECT_EQ(stored(profile, "Linearity", QStringLiteral("Loads")), QStringLiteral("8"));
+    EXPECT_EQ(stored("Linearity", "Loads"), "8");
     EXPECT_EQ(s.DisplayPointRadius, 0.025f);
 }
 
-TEST(CalibrationSettings, SaveWritesTheWriteBackFormatsAndThePointRadius) {
-    test::TempEnvironment environment;
-    const IniFile profile = IniFile::sharedProfile();
+TEST_F(CalibrationSettingsTest, SaveWritesTheWriteBackFormatsAndThePointRadius) {
     CalibrationSettings s = CalibrationSettings::load(profile);
     s.Gravity = 9.8123456;
     s.Load = 100.1234f;
@@ -126,18 +112,13 @@ TEST(CalibrationSettings, SaveWritesTheWriteBackFormatsAndThePointRadius) {
     s.DisplayPointRadius = 0.03f;
     s.LastFilePath = QStringLiteral("/data/cal");
     s.save(profile);
-    EXPECT_EQ(stored(profile, "Local", QStringLiteral("Gravity")), QStringLiteral("9.812346"));
-    EXPECT_EQ(stored(profile, "Calibration", QStringLiteral("Load")), QStringLiteral("100.123"));
-    EXPECT_EQ(stored(profile, "Calibration", QStringLiteral("Points")), QStringLiteral("1"));
-    EXPECT_EQ(stored(profile, "Calibration", QStringLiteral("Point 1X")),
-              QStringLiteral("0.123457"));
-    const auto user = [](const char* name) {
-        return GetSettingString(User, QLatin1String(kCalibrationKey), QLatin1String(name),
-                                QStringLiteral("(missing)"));
-    };
-    EXPECT_EQ(user("Display Point Radius (m)"), QStringLiteral("0.030000"));
-    EXPECT_EQ(user("Cal Point Radius"), QStringLiteral("0.030000"));
-    EXPECT_EQ(user("Last File Path"), QStringLiteral("/data/cal"));
+    EXPECT_EQ(stored("Local", "Gravity"), "9.812346");
+    EXPECT_EQ(stored("Calibration", "Load"), "100.123");
+    EXPECT_EQ(stored("Calibration", "Points"), "1");
+    EXPECT_EQ(stored("Calibration", "Point 1X"), "0.123457");
+    EXPECT_EQ(user("Display Point Radius (m)"), "0.030000");
+    EXPECT_EQ(user("Cal Point Radius"), "0.030000");
+    EXPECT_EQ(user("Last File Path"), "/data/cal");
 }
 
 TEST(CalibrationSettings, DefaultPointsAreInsideTheTopDistinctAndWellSpread) {

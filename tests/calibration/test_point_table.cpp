@@ -11,16 +11,21 @@ namespace {
 
 const QDateTime Noon(QDate(2026, 3, 2), QTime(12, 0));
 
-Calibration tableOf(std::initializer_list<std::pair<double, double>> xy) {
-    Calibration c;
-    for (const auto& [x, y] : xy) {
-        CalPoint p;
-        p.x = x;
-        p.y = y;
-        c.record.points.push_back(p);
+class PointTableTest : public ::testing::Test {
+protected:
+    // Three points on the X axis, 0.2 m apart; the first is current.
+    void SetUp() override {
+        for (const double x : {0.0, 0.2, 0.4}) {
+            CalPoint p;
+            p.x = x;
+            c.record.points.push_back(p);
+        }
     }
-    return c;
-}
+    CalPoint& point(int i) { return c.record.points[std::size_t(i)]; }
+
+    Calibration c;
+    PointTable table{c};
+};
 
 ZeroReading zeroWithDeviation(double deviation) {
     return ZeroReading::fromZeroDone({100.4, -200.5, 300.5, 7}, {deviation, deviation, deviation});
@@ -33,22 +38,16 @@ DataReading dataWithDeviation(double deviation) {
     return r;
 }
 
-TEST(PointTable, NextWrapsFromTheLastPointToTheFirstAndKeepsZeros) {
-    Calibration c = tableOf({{0, 0}, {0.2, 0}, {0.4, 0}});
-    c.record.points[0].zeroDone = true;
-    PointTable table(c);
+TEST_F(PointTableTest, NextWrapsFromTheLastPointToTheFirst) {
     for (const int expected : {1, 2, 0, 1}) {
         table.next();
         EXPECT_EQ(c.currentPoint, expected);
     }
-    EXPECT_TRUE(c.record.points[0].zeroDone);
 }
 
-TEST(PointTable, HitTestFindsTheFirstMarkHoldingTheClickRimIncluded) {
-    // Marks 0 and 1 overlap: the lower number wins.
-    // Binary fractions, so that a rim distance is exactly the radius.
-    Calibration c = tableOf({{0, 0}, {0.0625, 0}, {0.5, 0.5}});
-    const PointTable table(c);
+TEST_F(PointTableTest, HitTestFindsTheFirstMarkHoldingTheClickRimIncluded) {
+    // With a radius of 0.125 m marks 0 and 1 overlap: the lower number wins. The rim distances
+    // are binary fractions, so that they equal the radius exactly.
     struct Case {
         double x, y;
         std::optional<int> hit;
@@ -56,39 +55,39 @@ TEST(PointTable, HitTestFindsTheFirstMarkHoldingTheClickRimIncluded) {
         {0.0, 0.0, 0},
         {0.125, 0.0, 0},
         {0.0, -0.125, 0},
-        {0.1875, 0.0, 1},
-        {0.5, 0.375, 2},
-        {0.5, 0.3749, std::nullopt},
+        {0.1, 0.0, 0},
+        {0.25, 0.0, 1},
+        {0.4, 0.125, 2},
+        {0.4, 0.1251, std::nullopt},
         {0.3, 0.3, std::nullopt},
-        {0.59, 0.59, std::nullopt}, // 0.127 m away on the diagonal
     };
     for (const Case& k : cases)
         EXPECT_EQ(table.hitTest(k.x, k.y, 0.125), k.hit) << k.x << ", " << k.y;
 }
 
-TEST(PointTable, ClickLeavingAPointWithoutDataDropsItsZero) {
-    Calibration c = tableOf({{0, 0}, {0.2, 0}, {0.4, 0}});
-    PointTable table(c);
-    c.record.points[0].zeroDone = true;
-    EXPECT_TRUE(table.click(0.2, 0, 0.025));
-    EXPECT_EQ(c.currentPoint, 1);
-    EXPECT_FALSE(c.record.points[0].zeroDone);
+// A click leaving a point without data drops its zero; Next and points with data keep it.
+TEST_F(PointTableTest, ClickLeavingAPointWithoutDataDropsItsZero) {
+    point(0).zeroDone = true;
+    table.next();
+    EXPECT_TRUE(point(0).zeroDone);
+    point(1).zeroDone = true;
+    EXPECT_TRUE(table.click(0.0, 0, 0.025));
+    EXPECT_EQ(c.currentPoint, 0);
+    EXPECT_FALSE(point(1).zeroDone);
 
-    // With data the zero stays.
-    c.record.points[1].zeroDone = true;
-    c.record.points[1].dataDone = true;
+    point(0).dataDone = true;
     EXPECT_TRUE(table.click(0.4, 0, 0.025));
-    EXPECT_TRUE(c.record.points[1].zeroDone);
+    EXPECT_TRUE(point(0).zeroDone);
 
     // A click on the current point or on no point changes nothing.
-    c.record.points[2].zeroDone = true;
+    point(2).zeroDone = true;
     EXPECT_FALSE(table.click(0.4, 0.01, 0.025));
     EXPECT_FALSE(table.click(0.3, 0.3, 0.025));
     EXPECT_EQ(c.currentPoint, 2);
-    EXPECT_TRUE(c.record.points[2].zeroDone);
+    EXPECT_TRUE(point(2).zeroDone);
 }
 
-TEST(PointTable, ZeroAcceptedUpToTheLimitInSinglePrecision) {
+TEST(PointTable, AcceptedUpToTheLimitInSinglePrecision) {
     struct Case {
         double deviation;
         float limit;
@@ -100,63 +99,47 @@ TEST(PointTable, ZeroAcceptedUpToTheLimitInSinglePrecision) {
         {0.002, 0.002f, true},
         {0.0020001, 0.002f, false},
     };
-    for (const Case& k : cases)
+    for (const Case& k : cases) {
         EXPECT_EQ(zeroWithDeviation(k.deviation).acceptedBy(k.limit), k.accepted) << k.deviation;
-    for (const Case& k : cases)
         EXPECT_EQ(dataWithDeviation(k.deviation).acceptedBy(k.limit), k.accepted) << k.deviation;
+    }
 }
 
-TEST(PointTable, AcceptedZeroStoresResultsAndClearsTheData) {
-    Calibration c = tableOf({{0, 0}, {0.2, 0}});
-    PointTable table(c);
-    c.record.points[0].dataDone = true;
+// Accepted results are stored with date and temperature, a new zero clears the data, and
+// rejected ones leave the point as it was.
+TEST_F(PointTableTest, CompletionsStoreAcceptedResultsOnly) {
+    point(0).dataDone = true;
     ASSERT_EQ(table.completeZero(zeroWithDeviation(10), 1024, Noon, 23.5f),
               AcquisitionOutcome::Accepted);
-    const CalPoint& p = c.record.points[0];
-    EXPECT_TRUE(p.zeroDone);
-    EXPECT_FALSE(p.dataDone);
-    EXPECT_EQ(p.zeroAverage, (std::array<double, 4>{100.4, -200.5, 300.5, 7}));
-    EXPECT_EQ(p.zeroTemperature, 23.5f);
-    EXPECT_EQ(p.zeroDate.toDateTime(), Noon);
+    EXPECT_TRUE(point(0).zeroDone);
+    EXPECT_FALSE(point(0).dataDone);
+    EXPECT_EQ(point(0).zeroAverage, (std::array<double, 4>{100.4, -200.5, 300.5, 7}));
+    EXPECT_EQ(point(0).zeroTemperature, 23.5f);
+    EXPECT_EQ(point(0).zeroDate.toDateTime(), Noon);
     EXPECT_FALSE(c.unsavedChanges);
-}
 
-TEST(PointTable, RejectedAcquisitionsKeepWhatThePointHad) {
-    Calibration c = tableOf({{0, 0}});
-    PointTable table(c);
-    ASSERT_EQ(table.completeZero(zeroWithDeviation(5), 1024, Noon, 20),
+    ASSERT_EQ(table.completeData(dataWithDeviation(0.001), 0.002f, Noon, 21.25f),
               AcquisitionOutcome::Accepted);
-    ASSERT_EQ(table.completeData(dataWithDeviation(0.001), 0.002f, Noon, 21),
-              AcquisitionOutcome::Accepted);
+    EXPECT_TRUE(c.unsavedChanges);
+    EXPECT_TRUE(point(0).dataDone);
+    EXPECT_EQ(point(0).dataTemperature, 21.25f);
+    EXPECT_EQ(point(0).dataMean, (std::array<double, 3>{0.08, 0.07, 0.09}));
+
     c.unsavedChanges = false;
-    const CalPoint before = c.record.points[0];
+    const CalPoint before = point(0);
     EXPECT_EQ(table.completeZero(zeroWithDeviation(2000), 1024, Noon.addSecs(60), 22),
               AcquisitionOutcome::Rejected);
     EXPECT_EQ(table.completeData(dataWithDeviation(0.003), 0.002f, Noon.addSecs(60), 22),
               AcquisitionOutcome::Rejected);
-    EXPECT_EQ(c.record.points[0], before);
+    EXPECT_EQ(point(0), before);
     EXPECT_FALSE(c.unsavedChanges);
 }
 
-TEST(PointTable, AcceptedDataMarkTheCalibrationChanged) {
-    Calibration c = tableOf({{0, 0}});
-    PointTable table(c);
-    ASSERT_EQ(table.completeData(dataWithDeviation(0.001), 0.002f, Noon, 21.25f),
-              AcquisitionOutcome::Accepted);
-    EXPECT_TRUE(c.unsavedChanges);
-    EXPECT_TRUE(c.record.points[0].dataDone);
-    EXPECT_EQ(c.record.points[0].dataTemperature, 21.25f);
-    EXPECT_EQ(c.record.points[0].dataMean, (std::array<double, 3>{0.08, 0.07, 0.09}));
-}
-
-TEST(AcquisitionStatistics, ZeroWithFewerChannelsLeavesTheRestAtZero) {
+TEST(AcquisitionStatistics, MissingZeroChannelsAreZeroAndTheDeviceZeroRoundsHalfToEven) {
     const ZeroReading r = ZeroReading::fromZeroDone({11.0}, {3.0});
     EXPECT_EQ(r.average, (std::array<double, 4>{11, 0, 0, 0}));
     EXPECT_EQ(r.stdDev, (std::array<double, 4>{3, 0, 0, 0}));
     EXPECT_EQ(PointTable::deviceZero(r.average), (std::array<qint32, 3>{11, 0, 0}));
-}
-
-TEST(AcquisitionStatistics, DeviceZeroRoundsHalfToEven) {
     EXPECT_EQ(PointTable::deviceZero({2.5, -1.5, 3.5, 0}), (std::array<qint32, 3>{2, -2, 4}));
     EXPECT_EQ(PointTable::deviceZero({1e12, -1e12, 0.49, 0}),
               (std::array<qint32, 3>{2147483647, -2147483647 - 1, 0}));
@@ -173,12 +156,10 @@ TEST(AcquisitionStatistics, DataMeanAndSampleDeviation) {
     EXPECT_EQ(r.stdDev[1], 0);
     EXPECT_DOUBLE_EQ(r.mean[2], 1000.375);
     EXPECT_NEAR(r.stdDev[2], 0.14433756729740643, 1e-9);
-}
 
-TEST(AcquisitionStatistics, CountBeyondTheSamplesOrASingleSampleNeverPasses) {
+    // A count beyond the samples is bounded by them; one sample or none never passes.
     const QList<Float3> two{{1, 1, 1}, {3, 3, 3}};
-    const DataReading bounded = DataReading::fromSamples(1000, two);
-    EXPECT_DOUBLE_EQ(bounded.mean[0], 2.0);
+    EXPECT_DOUBLE_EQ(DataReading::fromSamples(1000, two).mean[0], 2.0);
     EXPECT_FALSE(DataReading::fromSamples(1, two).acceptedBy(1e30f));
     EXPECT_FALSE(DataReading::fromSamples(0, {}).acceptedBy(1e30f));
 }
