@@ -299,7 +299,7 @@ TEST_F(CalibrateDialog, AWeightBesideItsMarkStandsOutInThePictureAndTheWords) {
     open();
     dialog->resize(1340, 700);
     hands.walk(*dialog, 0, 10, 6);
-    dialog->cmdMatrix->click();
+    hands.computeMatrix(*dialog);
     double longest = 0;
     int longestAt = -1;
     for (int i = 0; i < 10; ++i) {

@@ -58,7 +58,7 @@ TEST_F(CalibrationProcedure, TheGridWalkedByHandGivesThePlateItsOwnMatrix) {
     for (const CalPoint& point : dialog.calibration().record.points)
         EXPECT_TRUE(point.zeroDone && point.dataDone);
 
-    dialog.cmdMatrix->click();
+    hands.computeMatrix(dialog);
     EXPECT_EQ(messagesBesidesEngine(), QStringList());
     EXPECT_EQ(dialog.flxgrdErrors->rowCount(), points);
     EXPECT_EQ(dialog.StatusBar1->currentMessage(), "Ready");
