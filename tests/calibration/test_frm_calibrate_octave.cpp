@@ -55,10 +55,10 @@ protected:
         body += "for v in $(seq " + QByteArray::number(3 * Points) + "); do echo -245; done\n";
         return standIn(QStringLiteral("answering"), body);
     }
-    QString silent() { return standIn(QStringLiteral("silent"), "exec sleep 600\n"); }
+    QString silent() { return standIn(QStringLiteral("silent"), "exec sleep 60\n"); }
 
     frmCalibrate& openWalked(const QString& program) {
-        SimPlate* plate = driver.addPlate(calibrationPlateConfig());
+        plate = driver.addPlate(calibrationPlateConfig());
         plate->loads().setGravity(ProfileGravity);
         openPlates();
         openDialog(plate, [&](frmCalibrate& d) {
@@ -104,6 +104,7 @@ protected:
     }
 
     QTemporaryDir folder;
+    SimPlate* plate = nullptr;
 };
 
 TEST_F(CalibrateWithOctave, TheWindowStaysLiveWhileOctaveWorksAndShowsItsMatrix) {
@@ -207,15 +208,18 @@ TEST_F(CalibrateWithOctave, AnOctaveThatNeverAnswersTimesOutAfterThirtySecondsOn
 
 TEST_F(CalibrateWithOctave, CancelDuringTheFitEndsOctaveAndNoResultArrives) {
     frmCalibrate& calibrate = openWalked(silent());
+    calibrate.cmdDisplay->click();
     calibrate.cmdMatrix->click();
     const pid_t child = childPid();
     ASSERT_TRUE(exists(child));
+    plate->raise(PlateFault::DataClipped);
+    EXPECT_FALSE(calibrate.cmdMatrix->isEnabled()) << "the display's fault does not end the fit";
     calibrate.cmdCancel->click();
     EXPECT_EQ(unloads, 1);
     EXPECT_TRUE(childGone(child)) << "killed and reaped";
     clock.advance(60000);
     EXPECT_FALSE(calibrate.calibration().fit);
-    EXPECT_EQ(prompt.messages, QStringList());
+    EXPECT_EQ(prompt.messages, QStringList{strings::text(strings::CalibrateBlock + 910)});
     dialog.reset();
     QCoreApplication::processEvents();
 }
