@@ -41,12 +41,11 @@ struct FitDiagnostics {
     static constexpr double OutlierLimit = 6.0;
     // The statistics alone judge a point against the others' scatter, which on a very good
     // calibration is a few hundredths of a millimetre: they would name points no technician
-    // need retake. A moment residual below 1 mm times the load (a centre-of-pressure error
-    // under 1 mm) is within how closely a weight is set on its mark by hand and inside the
-    // 0.5 to 0.7 mm the best least-squares calibrations reach; an Fz residual below 0.1 % of
-    // the load is a fifth of the 0.5 % they reach, the order of the weight's own tolerance and
-    // the cells' nonlinearity. Retaking such a point would not change the matrix in a way a
-    // measurement could notice. A weight on the wrong mark is off by centimetres.
+    // need retake. A centre-of-pressure error under 1 mm (a moment residual under 1 mm times
+    // the load) is within how closely a weight is set on its mark by hand and near the 0.5 to
+    // 0.7 mm the best least-squares calibrations reach; an Fz residual under 0.1 % of the load
+    // is a fifth of the 0.5 % they reach. Retaking such a point would not change the matrix in
+    // a way a measurement could notice; a weight on the wrong mark is off by centimetres.
     static constexpr double CopFloor = 0.001; // m
     static constexpr double FzFloor = 0.001;  // of the applied load
 };
