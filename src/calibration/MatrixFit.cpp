@@ -53,8 +53,14 @@ FitDiagnostics diagnose(const Eigen::MatrixXd& L, const Eigen::MatrixXd& S,
     const Eigen::Index dof = n - m - 1; // left once the point itself is left out
     for (Eigen::Index k = 0; k < n; ++k) {
         double worst = dof > 0 ? 0.0 : NaN;
+        bool flagged = false;
         const double leverage = S.col(k).dot(Qi * S.col(k));
         const double free = 1 - leverage;
+        // Fz off by a share of the load; a moment off by a distance times the load.
+        const double load = std::abs(L(0, k));
+        const std::array<double, 3> floors{FitDiagnostics::FzFloor * load,
+                                           FitDiagnostics::CopFloor * load,
+                                           FitDiagnostics::CopFloor * load};
         for (Eigen::Index i = 0; i < 3 && dof > 0; ++i) {
             const double sse = R.row(i).squaredNorm();
             const double scale = L.row(i).norm();
@@ -62,6 +68,7 @@ FitDiagnostics diagnose(const Eigen::MatrixXd& L, const Eigen::MatrixXd& S,
                 continue;
             if (free <= 1e-12) {
                 worst = NaN; // the point alone decides this row: it cannot be judged
+                flagged = false;
                 break;
             }
             const double r = R(i, k);
@@ -69,9 +76,11 @@ FitDiagnostics diagnose(const Eigen::MatrixXd& L, const Eigen::MatrixXd& S,
             const double t = othersVariance > 0 ? std::abs(r) / std::sqrt(othersVariance * free)
                                                 : std::numeric_limits<double>::infinity();
             worst = std::max(worst, t);
+            flagged = flagged || (t > FitDiagnostics::OutlierLimit &&
+                                  std::abs(r) > floors[static_cast<std::size_t>(i)]);
         }
         d.standardisedResidual.push_back(worst);
-        d.flagged.push_back(worst > FitDiagnostics::OutlierLimit);
+        d.flagged.push_back(flagged);
     }
     return d;
 }
@@ -80,76 +89,93 @@ FitDiagnostics diagnose(const Eigen::MatrixXd& L, const Eigen::MatrixXd& S,
 
 FitOutcome MatrixFit::compute(const std::vector<CalPoint>& points, FitEngine& engine) {
     FitOutcome outcome;
+    const std::optional<FitProblem> problem = pose(points, outcome.error);
+    if (!problem)
+        return outcome;
+    QString engineError;
+    std::optional<FitProducts> products = engine.compute(problem->L, problem->S, engineError);
+    return complete(*problem, std::move(products), engineError);
+}
+
+std::optional<FitProblem> MatrixFit::pose(const std::vector<CalPoint>& points, QString& error) {
     const int m = signalRows(points);
     if (m == 0) {
-        outcome.error = strings::text(strings::calibrate::FitNoSignal);
-        return outcome;
+        error = strings::text(strings::calibrate::FitNoSignal);
+        return std::nullopt;
     }
-    std::vector<int> used;
+    FitProblem problem;
+    problem.m = m;
     for (std::size_t i = 0; i < points.size(); ++i)
         if (points[i].dataDone)
-            used.push_back(static_cast<int>(i));
-    const auto n = static_cast<Eigen::Index>(used.size());
+            problem.points.push_back(static_cast<int>(i));
+    const auto n = static_cast<Eigen::Index>(problem.points.size());
     if (n < m) {
-        outcome.error = strings::text(strings::calibrate::FitTooFewPoints).arg(m).arg(n);
-        return outcome;
+        error = strings::text(strings::calibrate::FitTooFewPoints).arg(m).arg(n);
+        return std::nullopt;
     }
 
-    Eigen::MatrixXd L(3, n);
-    Eigen::MatrixXd S(m, n);
+    problem.L.resize(3, n);
+    problem.S.resize(m, n);
     for (Eigen::Index k = 0; k < n; ++k) {
-        const CalPoint& p = points[static_cast<std::size_t>(used[static_cast<std::size_t>(k)])];
+        const CalPoint& p =
+            points[static_cast<std::size_t>(problem.points[static_cast<std::size_t>(k)])];
+        problem.marks.push_back({p.x, p.y});
         for (Eigen::Index i = 0; i < 3; ++i)
-            L(i, k) = p.expectedLoad[static_cast<std::size_t>(i)];
+            problem.L(i, k) = p.expectedLoad[static_cast<std::size_t>(i)];
         for (Eigen::Index c = 0; c < m; ++c)
-            S(c, k) = p.dataMean[static_cast<std::size_t>(c)];
+            problem.S(c, k) = p.dataMean[static_cast<std::size_t>(c)];
     }
 
-    const Eigen::JacobiSVD<Eigen::MatrixXd> svd(S);
+    const Eigen::JacobiSVD<Eigen::MatrixXd> svd(problem.S);
     const auto& sv = svd.singularValues();
-    const double condition =
+    problem.conditionNumber =
         sv(m - 1) > 0 ? sv(0) / sv(m - 1) : std::numeric_limits<double>::infinity();
-    if (!(condition <= MaxConditionNumber)) {
-        outcome.error =
-            strings::text(strings::calibrate::FitIllConditioned).arg(condition, 0, 'g', 3);
-        return outcome;
+    if (!(problem.conditionNumber <= MaxConditionNumber)) {
+        error = strings::text(strings::calibrate::FitIllConditioned)
+                    .arg(problem.conditionNumber, 0, 'g', 3);
+        return std::nullopt;
     }
+    return problem;
+}
 
+FitOutcome MatrixFit::complete(const FitProblem& problem, std::optional<FitProducts> products,
+                               const QString& engineError) {
+    FitOutcome outcome;
     FitResult result;
-    QString engineError;
-    std::optional<FitProducts> products = engine.compute(L, S, engineError);
     if (!products) {
         result.engineError = engineError;
-        BuiltInFitEngine builtIn;
-        products = builtIn.compute(L, S, engineError);
+        QString builtInError;
+        products = BuiltInFitEngine().compute(problem.L, problem.S, builtInError);
         if (!products) {
-            outcome.error =
-                strings::text(strings::calibrate::FitIllConditioned).arg(condition, 0, 'g', 3);
+            outcome.error = strings::text(strings::calibrate::FitIllConditioned)
+                                .arg(problem.conditionNumber, 0, 'g', 3);
             return outcome;
         }
     }
     const Eigen::MatrixXd& C = products->C;
     const Eigen::MatrixXd& F = products->F;
+    const Eigen::MatrixXd& L = problem.L;
+    const int m = problem.m;
 
     result.m = m;
-    result.points = used;
+    result.points = problem.points;
     for (Eigen::Index i = 0; i < 3; ++i)
         for (Eigen::Index j = 0; j < m; ++j) {
             result.matrix[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] =
                 static_cast<float>(C(i, j));
             result.C.push_back(C(i, j));
         }
-    for (Eigen::Index k = 0; k < n; ++k) {
-        const CalPoint& p = points[static_cast<std::size_t>(used[static_cast<std::size_t>(k)])];
+    for (Eigen::Index k = 0; k < L.cols(); ++k) {
+        const auto [x, y] = problem.marks[static_cast<std::size_t>(k)];
         FitErrorRow row;
-        row.point = used[static_cast<std::size_t>(k)];
+        row.point = problem.points[static_cast<std::size_t>(k)];
         row.fz = L(0, k) - F(0, k);
         const double fz = F(0, k);
-        row.x = fz != 0 ? p.x - (-F(2, k) / fz) : NaN;
-        row.y = fz != 0 ? p.y - (F(1, k) / fz) : NaN;
+        row.x = fz != 0 ? x - (-F(2, k) / fz) : NaN;
+        row.y = fz != 0 ? y - (F(1, k) / fz) : NaN;
         result.errors.push_back(row);
     }
-    result.diagnostics = diagnose(L, S, C, condition);
+    result.diagnostics = diagnose(L, problem.S, C, problem.conditionNumber);
     outcome.result = std::move(result);
     return outcome;
 }

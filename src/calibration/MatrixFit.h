@@ -1,6 +1,7 @@
 #pragma once
 
 #include "calibration/CalMatrix.h"
+#include "calibration/FitEngine.h"
 
 #include <QString>
 #include <array>
@@ -9,7 +10,6 @@
 
 namespace kx {
 
-class FitEngine;
 struct CalPoint;
 
 // One row of the error table: applied minus computed Fz [N], and the point's X and Y minus
@@ -32,11 +32,22 @@ struct FitDiagnostics {
     // Per used point, the largest externally studentised residual over the three rows (the
     // point's residual against the scatter of the others); NaN when N ≤ m + 1.
     std::vector<double> standardisedResidual;
-    std::vector<bool> flagged; // standardised residual above OutlierLimit
+    // Far out statistically (a row's standardised residual above OutlierLimit) and off in
+    // that row by more than its floor: CopFloor for Mx and My, FzFloor for Fz.
+    std::vector<bool> flagged;
 
     // With ten points (6 degrees of freedom left out of each) a sound calibration has one of
     // its 30 residuals beyond 6 in about 3 of 100 runs; a lower limit flags good points often.
     static constexpr double OutlierLimit = 6.0;
+    // The statistics alone judge a point against the others' scatter, which on a very good
+    // calibration is a few hundredths of a millimetre: they would name points no technician
+    // need retake. A centre-of-pressure error under 1 mm (a moment residual under 1 mm times
+    // the load) is within how closely a weight is set on its mark by hand and near the 0.5 to
+    // 0.7 mm the best least-squares calibrations reach; an Fz residual under 0.1 % of the load
+    // is a fifth of the 0.5 % they reach. Retaking such a point would not change the matrix in
+    // a way a measurement could notice; a weight on the wrong mark is off by centimetres.
+    static constexpr double CopFloor = 0.001; // m
+    static constexpr double FzFloor = 0.001;  // of the applied load
 };
 
 struct FitResult {
@@ -55,15 +66,34 @@ struct FitOutcome {
     QString error; // why nothing was fitted
 };
 
+// What an engine is given: the expected loads L (3 × N) and signals S (m × N) of the points
+// with accepted data, in point order.
+struct FitProblem {
+    int m = 0;
+    std::vector<int> points;                  // indices of the points used, ascending
+    std::vector<std::array<double, 2>> marks; // their X and Y [m]
+    Eigen::MatrixXd L;
+    Eigen::MatrixXd S;
+    double conditionNumber = 0; // of S
+};
+
 // The matrix fit over the points with accepted data. m = 1 + the highest channel whose data
 // mean is > 0 at some such point. Refused with a message when m = 0, when fewer points than
 // m have data, or when S·Sᵀ is too ill-conditioned to invert (condition number of S above
-// MaxConditionNumber). When `engine` fails, the built-in fit is used and the result says why.
+// MaxConditionNumber). When the engine fails, the built-in fit is used and the result says why.
 class MatrixFit {
 public:
     static constexpr double MaxConditionNumber = 1e6;
 
+    // pose(), the engine, complete() in one go.
     static FitOutcome compute(const std::vector<CalPoint>& points, FitEngine& engine);
+
+    // The problem an engine solves; nothing, with the refusal in `error`, when it cannot be.
+    static std::optional<FitProblem> pose(const std::vector<CalPoint>& points, QString& error);
+    // The result from the engine's products, or, when the engine gave none, from the built-in
+    // fit with `engineError` kept in the result.
+    static FitOutcome complete(const FitProblem& problem, std::optional<FitProducts> products,
+                               const QString& engineError = {});
 };
 
 } // namespace kx

@@ -1,5 +1,7 @@
 #include "calibration/OctaveFitEngine.h"
 
+#include "resources/StringTable.h"
+
 #include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
@@ -8,7 +10,11 @@ namespace kx {
 
 namespace {
 
+namespace c = strings::calibrate;
+
 constexpr char ResultMarker[] = "KX-FIT-RESULT";
+// Enough for a killed process to be reaped.
+constexpr int KillWaitMs = 1000;
 
 void appendMatrix(QByteArray& script, const char* name, const Eigen::MatrixXd& m) {
     script += name;
@@ -16,10 +22,10 @@ void appendMatrix(QByteArray& script, const char* name, const Eigen::MatrixXd& m
     for (Eigen::Index r = 0; r < m.rows(); ++r) {
         if (r > 0)
             script += "; ";
-        for (Eigen::Index c = 0; c < m.cols(); ++c) {
-            if (c > 0)
+        for (Eigen::Index col = 0; col < m.cols(); ++col) {
+            if (col > 0)
                 script += ' ';
-            script += QByteArray::number(m(r, c), 'g', 17);
+            script += QByteArray::number(m(r, col), 'g', 17);
         }
     }
     script += "];\n";
@@ -51,38 +57,24 @@ QByteArray OctaveFitEngine::script(const Eigen::MatrixXd& L, const Eigen::Matrix
     return text;
 }
 
-std::optional<FitProducts> OctaveFitEngine::compute(const Eigen::MatrixXd& L,
-                                                    const Eigen::MatrixXd& S, QString& error) {
-    QProcess process;
-    process.start(m_program, {QStringLiteral("--quiet"), QStringLiteral("--no-init-file"),
-                              QStringLiteral("--no-history")});
-    if (!process.waitForStarted(m_timeoutMs)) {
-        error = QStringLiteral("%1 could not be started: %2").arg(m_program, process.errorString());
-        return std::nullopt;
-    }
-    process.write(script(L, S));
-    process.closeWriteChannel();
-    if (!process.waitForFinished(m_timeoutMs)) {
-        process.kill();
-        process.waitForFinished(1000);
-        error =
-            QStringLiteral("%1 did not answer within %2 s").arg(m_program).arg(m_timeoutMs / 1000);
-        return std::nullopt;
-    }
-    if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
-        error =
-            QStringLiteral("%1 failed: %2")
-                .arg(m_program, QString::fromLocal8Bit(process.readAllStandardError()).trimmed());
-        return std::nullopt;
-    }
+QStringList OctaveFitEngine::arguments() {
+    return {QStringLiteral("--quiet"), QStringLiteral("--no-init-file"),
+            QStringLiteral("--no-history")};
+}
 
-    const QList<QByteArray> lines = process.readAllStandardOutput().split('\n');
+std::optional<FitProducts> OctaveFitEngine::answer(QProcess& ended, Eigen::Index m, Eigen::Index n,
+                                                   QString& error) {
+    const QString program = ended.program();
+    if (ended.exitStatus() != QProcess::NormalExit || ended.exitCode() != 0) {
+        error = strings::text(c::EngineFailed)
+                    .arg(program, QString::fromLocal8Bit(ended.readAllStandardError()).trimmed());
+        return std::nullopt;
+    }
+    const QList<QByteArray> lines = ended.readAllStandardOutput().split('\n');
     const qsizetype start = lines.indexOf(QByteArray(ResultMarker));
-    const Eigen::Index m = S.rows();
-    const Eigen::Index n = S.cols();
     const qsizetype expected = static_cast<qsizetype>(3 * m + 3 * n);
     if (start < 0 || lines.size() - start - 1 < expected) {
-        error = QStringLiteral("%1 gave no complete result").arg(m_program);
+        error = strings::text(c::EngineNoResult).arg(program);
         return std::nullopt;
     }
     std::vector<double> values;
@@ -90,7 +82,7 @@ std::optional<FitProducts> OctaveFitEngine::compute(const Eigen::MatrixXd& L,
         bool ok = false;
         values.push_back(lines[start + 1 + i].trimmed().toDouble(&ok));
         if (!ok) {
-            error = QStringLiteral("%1 gave a result that is not a number").arg(m_program);
+            error = strings::text(c::EngineNoResult).arg(program);
             return std::nullopt;
         }
     }
@@ -98,6 +90,25 @@ std::optional<FitProducts> OctaveFitEngine::compute(const Eigen::MatrixXd& L,
     products.C = Eigen::Map<const Eigen::MatrixXd>(values.data(), 3, m);
     products.F = Eigen::Map<const Eigen::MatrixXd>(values.data() + 3 * m, 3, n);
     return products;
+}
+
+std::optional<FitProducts> OctaveFitEngine::compute(const Eigen::MatrixXd& L,
+                                                    const Eigen::MatrixXd& S, QString& error) {
+    QProcess process;
+    process.start(m_program, arguments());
+    if (!process.waitForStarted(m_timeoutMs)) {
+        error = strings::text(c::EngineNotStarted).arg(m_program, process.errorString());
+        return std::nullopt;
+    }
+    process.write(script(L, S));
+    process.closeWriteChannel();
+    if (!process.waitForFinished(m_timeoutMs)) {
+        process.kill();
+        process.waitForFinished(KillWaitMs);
+        error = strings::text(c::EngineTimedOut).arg(m_program).arg(m_timeoutMs / 1000);
+        return std::nullopt;
+    }
+    return answer(process, S.rows(), S.cols(), error);
 }
 
 } // namespace kx

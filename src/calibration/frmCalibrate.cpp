@@ -1,7 +1,6 @@
 #include "calibration/frmCalibrate.h"
 
 #include "calibration/AcquisitionPlan.h"
-#include "calibration/BuiltInFitEngine.h"
 #include "calibration/CalFileReader.h"
 #include "calibration/CalFileWriter.h"
 #include "calibration/CalibrationReport.h"
@@ -11,6 +10,7 @@
 #include "calibration/FitSummary.h"
 #include "calibration/LinearityScaling.h"
 #include "calibration/OctaveFitEngine.h"
+#include "calibration/OctaveFitRun.h"
 #include "calibration/PlatePicture.h"
 #include "calibration/PointTable.h"
 #include "measure/ChartRows.h"
@@ -202,9 +202,9 @@ void fitRows(QTableWidget* grid, bool header) {
 struct frmCalibrate::State {
     CalibrationSettings settings;
     Calibration calibration;
-    std::unique_ptr<OctaveFitEngine> engine; // none when it cannot be started
-    BuiltInFitEngine builtIn;
-    Timer* progress = nullptr; // paces the progress bar of a data acquisition
+    OctaveFitRun* octave = nullptr;
+    std::optional<FitProblem> pendingFit; // what the outside engine is solving
+    Timer* progress = nullptr;            // paces the progress bar of a data acquisition
     quint32 startTick = 0;
     float frequency = 0;
     QString openFile; // the file opened or saved last; a save writes it again
@@ -231,6 +231,10 @@ frmCalibrate::~frmCalibrate() = default;
 
 void frmCalibrate::setBridgeExcitation(const QString& volts) {
     txtExcitation->setText(volts);
+}
+
+void frmCalibrate::setFitProgram(const QString& program) {
+    m_state->octave->setProgram(program);
 }
 
 void frmCalibrate::buildControls() {
@@ -642,6 +646,9 @@ void frmCalibrate::connectControls() {
         });
     }
 
+    m_state->octave = new OctaveFitRun(QStringLiteral("octave-cli"), clock(), this);
+    connect(m_state->octave, &OctaveFitRun::finished, this, &frmCalibrate::octaveFinished);
+
     m_state->progress = clock().createTimer(this);
     connect(m_state->progress, &Timer::timeout, this, [this] {
         const auto elapsed = static_cast<double>(quint32(clock().tickCount() - m_state->startTick));
@@ -662,8 +669,6 @@ void frmCalibrate::loading() {
     State& st = *m_state;
     st.settings = CalibrationSettings::load(IniFile::sharedProfile());
     st.calibration = Calibration::fromSettings(st.settings);
-    if (auto engine = std::make_unique<OctaveFitEngine>(); engine->isAvailable())
-        st.engine = std::move(engine);
     setStatus(StatusNoPlate);
     if (device()) {
         runDevice([&] {
@@ -704,6 +709,8 @@ void frmCalibrate::unloading() {
         }
         disconnect(device(), nullptr, this, nullptr);
     }
+    m_state->octave->cancel();
+    m_state->pendingFit.reset();
     m_state->running = false;
     m_state->display = false;
     m_state->settings.save(IniFile::sharedProfile());
@@ -937,6 +944,7 @@ void frmCalibrate::returnToIdle() {
 }
 
 void frmCalibrate::setCommandsEnabled(bool enabled) {
+    enabled = enabled && !m_state->pendingFit; // a fit under way keeps them off
     const bool plate = device() != nullptr;
     for (QPushButton* button : {cmdNext, cmdMatrix, cmdFileSave, cmdFileName, cmdScale, cmdOK})
         button->setEnabled(enabled);
@@ -1003,19 +1011,46 @@ void frmCalibrate::showSignalNames() {
 void frmCalibrate::cmdMatrix_Click() {
     State& st = *m_state;
     setStatus(StatusComputingMatrix);
-    if (!st.engine) {
-        if (auto engine = std::make_unique<OctaveFitEngine>(); engine->isAvailable())
-            st.engine = std::move(engine);
-        else
-            prompt().critical(strings::text(strings::calibrate::EngineUnavailable));
+    FitOutcome refused;
+    std::optional<FitProblem> problem =
+        MatrixFit::pose(st.calibration.record.points, refused.error);
+    if (!problem) {
+        acceptFit(std::move(refused));
+        return;
     }
-    FitEngine& engine = st.engine ? static_cast<FitEngine&>(*st.engine) : st.builtIn;
-    FitOutcome outcome = MatrixFit::compute(st.calibration.record.points, engine);
+    if (!OctaveFitEngine(st.octave->program()).isAvailable()) {
+        prompt().critical(strings::text(strings::calibrate::EngineUnavailable));
+        acceptFit(MatrixFit::complete(*problem, std::nullopt));
+        return;
+    }
+    // Octave needs a second or more: the window stays live meanwhile, but nothing may change
+    // the points or start another fit until its answer is in.
+    st.octave->start(problem->L, problem->S);
+    st.pendingFit = std::move(problem);
+    setCommandsEnabled(false);
+    ProgressBar1->setRange(0, 0);
+}
+
+void frmCalibrate::octaveFinished(const std::optional<FitProducts>& products,
+                                  const QString& error) {
+    State& st = *m_state;
+    const std::optional<FitProblem> problem = std::exchange(st.pendingFit, std::nullopt);
+    ProgressBar1->setRange(0, 1);
+    ProgressBar1->setValue(1);
+    setCommandsEnabled(true);
+    if (problem)
+        acceptFit(MatrixFit::complete(*problem, products, error));
+}
+
+void frmCalibrate::acceptFit(FitOutcome outcome) {
+    State& st = *m_state;
     if (!outcome.result) {
         prompt().critical(outcome.error);
     } else {
-        if (!outcome.result->engineError.isEmpty())
-            prompt().critical(strings::text(strings::calibrate::EngineUnavailable));
+        if (const QString& why = outcome.result->engineError; !why.isEmpty())
+            prompt().critical(strings::text(strings::calibrate::EngineUnavailable) +
+                              QStringLiteral("\n\n") + why + QStringLiteral("\n\n") +
+                              strings::text(strings::calibrate::EngineBuiltInUsed));
         Calibration& c = st.calibration;
         c.matrix = outcome.result->matrix;
         c.fit = std::move(outcome.result);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "calibration/Calibration.h"
+#include "calibration/MatrixFit.h"
 #include "device/ToolDialog.h"
 
 #include <QPointF>
@@ -37,6 +38,8 @@ public:
 
     // The main window's gage voltage, shown as the bridge excitation of new acquisitions.
     void setBridgeExcitation(const QString& volts);
+    // The outside fit engine's program: octave-cli on the PATH unless set.
+    void setFitProgram(const QString& program);
 
     QGroupBox* frmAcqParam;
     QLabel* lblExcitation;
@@ -168,6 +171,8 @@ private:
     void cmdScaleZero_Click();
     void cmdScaleLoad_Click(int step);
     void cmdMatrix_Click();
+    void octaveFinished(const std::optional<FitProducts>& products, const QString& error);
+    void acceptFit(FitOutcome outcome);
     void cmdScale_Click();
     void cmdFileSave_Click();
     void cmdFileName_Click();

@@ -432,6 +432,11 @@ constexpr std::array Table = std::to_array<Entry>({
            "previous matrix is kept."},
     {8962, "The points with data do not determine the matrix (condition number %1).\n\nTake "
            "data at points spread over the plate; the previous matrix is kept."},
+    {8963, "%1 could not be started: %2"},
+    {8964, "%1 did not answer within %2 s."},
+    {8965, "%1 failed: %2"},
+    {8966, "%1 gave no complete result."},
+    {8967, "The matrix shown is the program's own fit."},
     {8970, "The calibration file is empty."},
     {8971, "The calibration file ends inside %1."},
     {8972, "The calibration file gives %1 points: fewer than one, or more than the file holds."},

@@ -175,6 +175,12 @@ inline constexpr int EngineUnavailable = 8890;
 inline constexpr int FitNoSignal = 8960;
 inline constexpr int FitTooFewPoints = 8961;   // %1 channels, %2 points with data
 inline constexpr int FitIllConditioned = 8962; // %1 condition number
+// The outside engine's failures, after EngineUnavailable; %1 is its program.
+inline constexpr int EngineNotStarted = 8963; // %2 the reason
+inline constexpr int EngineTimedOut = 8964;   // %2 seconds
+inline constexpr int EngineFailed = 8965;     // %2 what it said on its error output
+inline constexpr int EngineNoResult = 8966;
+inline constexpr int EngineBuiltInUsed = 8967;
 
 // Calibration files that cannot be read; %1 names the part of the record.
 inline constexpr int FileEmpty = 8970;

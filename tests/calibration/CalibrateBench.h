@@ -80,6 +80,13 @@ public:
         waitIdle(dialog);
     }
 
+    // Compute Matrix, with the event loop run until the fit is in: Octave, where installed,
+    // answers from a child process.
+    void computeMatrix(frmCalibrate& dialog) {
+        dialog.cmdMatrix->click();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return idle(dialog); }, 60000));
+    }
+
     // Zero and data at each of the points, reached by clicks on the picture.
     void walk(frmCalibrate& dialog, int from, int to, int misplaced = -1) {
         for (int point = from; point < to; ++point) {

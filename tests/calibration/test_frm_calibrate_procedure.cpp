@@ -154,7 +154,7 @@ TEST_F(CalibrationProcedure, TheGridWalkedByHandGivesThePlateItsOwnMatrix) {
         EXPECT_TRUE(point(i).zeroDone && point(i).dataDone) << "clicks keep zeros with data";
 
     // The weight beside point 7's mark gives it the longest error arrow, and the fit names it.
-    dialog.cmdMatrix->click();
+    hands.computeMatrix(dialog);
     EXPECT_EQ(messagesBesidesEngine(), QStringList());
     EXPECT_EQ(dialog.flxgrdErrors->rowCount(), 10);
     EXPECT_EQ(dialog.StatusBar1->currentMessage(), "Ready");
@@ -182,7 +182,7 @@ TEST_F(CalibrationProcedure, TheGridWalkedByHandGivesThePlateItsOwnMatrix) {
     hands.clickPoint(dialog, 6);
     hands.takeZero(dialog);
     hands.takeData(dialog, 6);
-    dialog.cmdMatrix->click();
+    hands.computeMatrix(dialog);
     for (const bool flagged : dialog.calibration().fit->diagnostics.flagged)
         EXPECT_FALSE(flagged) << "taken again on its mark";
 

@@ -42,7 +42,7 @@ TEST_F(CalibrationReportButton, WritesTheCertificateBesideTheLastFileAndSaysWhen
     EXPECT_EQ(dialog->cmdReport->parentWidget(), static_cast<QWidget*>(dialog->frmFile));
     hands.walk(*dialog, 0, 4);
     EXPECT_FALSE(dialog->cmdReport->isEnabled()) << "no matrix to report yet";
-    dialog->cmdMatrix->click();
+    hands.computeMatrix(*dialog);
     EXPECT_TRUE(dialog->cmdReport->isEnabled());
 
     // Conditions are required as for a save; nothing is asked before they are given.

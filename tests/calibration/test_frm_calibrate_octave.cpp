@@ -1,0 +1,228 @@
+#include "../support/PrintQString.h"
+#include "CalibrateBench.h"
+#include "calibration/BuiltInFitEngine.h"
+#include "calibration/Calibration.h"
+#include "calibration/MatrixFit.h"
+#include "resources/StringTable.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProgressBar>
+#include <QTableWidget>
+#include <QTemporaryDir>
+#include <QTimer>
+#include <cerrno>
+#include <csignal>
+
+namespace kx::test {
+namespace {
+
+namespace c = strings::calibrate;
+
+// Each wait for the child is bounded; a healthy run ends in milliseconds.
+constexpr int ChildWaitMs = 20000;
+constexpr int Points = 4;
+
+// Whether the process still exists; a zombie nobody has reaped still does.
+bool exists(pid_t pid) {
+    return ::kill(pid, 0) == 0 || errno != ESRCH;
+}
+
+// Stand-ins for octave-cli written into the test's folder, so the tests need no Octave: one
+// that answers as Octave would (C is 1 to 9 in Octave's column order), one that never answers,
+// one that fails, and so on. Each leaves its process id in "pid" and what it was sent in
+// "received.m".
+class CalibrateWithOctave : public DialogFixture<frmCalibrate> {
+protected:
+    QString standIn(const QString& name, const QByteArray& body) {
+        const QString path = folder.filePath(name);
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write("#!/bin/sh\ncd '" + QFile::encodeName(folder.path()) + "'\necho $$ > pid\n" +
+                   body);
+        file.close();
+        file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QFile::remove(folder.filePath(QStringLiteral("pid")));
+        return path;
+    }
+    // Reads its input, waits until `go` exists when asked to, then gives C = 1..9 and F.
+    QString answering(bool waitForGo = false) {
+        QByteArray body = "cat > received.tmp && mv received.tmp received.m\n";
+        if (waitForGo)
+            body += "while [ ! -e go ]; do sleep 0.02; done\n";
+        body += "echo 'warning: a banner line'\necho KX-FIT-RESULT\n";
+        body += "for v in 1 2 3 4 5 6 7 8 9; do echo $v; done\n";
+        body += "for v in $(seq " + QByteArray::number(3 * Points) + "); do echo -245; done\n";
+        return standIn(QStringLiteral("answering"), body);
+    }
+    QString silent() { return standIn(QStringLiteral("silent"), "exec sleep 60\n"); }
+
+    frmCalibrate& openWalked(const QString& program) {
+        plate = driver.addPlate(calibrationPlateConfig());
+        plate->loads().setGravity(ProfileGravity);
+        openPlates();
+        openDialog(plate, [&](frmCalibrate& d) {
+            d.txtDuration->setText(QStringLiteral("2"));
+            d.setFitProgram(program);
+        });
+        CalibrateHands(clock, *plate).walk(*dialog, 0, Points);
+        return *dialog;
+    }
+
+    bool fitDone() {
+        return QTest::qWaitFor([this] { return dialog->cmdMatrix->isEnabled(); }, ChildWaitMs);
+    }
+    // The stand-in's process id, once it has started.
+    pid_t childPid() {
+        QFile file(folder.filePath(QStringLiteral("pid")));
+        EXPECT_TRUE(QTest::qWaitFor([&] { return file.exists() && file.size() > 0; }, ChildWaitMs));
+        if (!file.open(QIODevice::ReadOnly))
+            return 0;
+        return static_cast<pid_t>(file.readAll().trimmed().toInt());
+    }
+    bool childGone(pid_t pid) {
+        return pid > 0 && QTest::qWaitFor([pid] { return !exists(pid); }, ChildWaitMs);
+    }
+
+    QString matrixCell(int row, int column) const {
+        return dialog->flxgrdCalibrationMat->item(row, column)->text();
+    }
+    bool showsStandInMatrix() const {
+        for (int row = 0; row < 3; ++row)
+            for (int column = 0; column < 3; ++column)
+                if (matrixCell(row, column) != QString::number(1 + row + 3 * column) + ".000")
+                    return false;
+        return true;
+    }
+    CalMatrix builtInMatrix() const {
+        BuiltInFitEngine builtIn;
+        return MatrixFit::compute(dialog->calibration().record.points, builtIn).result->matrix;
+    }
+    QString fellBack(const QString& why) const {
+        return strings::text(c::EngineUnavailable) + "\n\n" + why + "\n\n" +
+               strings::text(c::EngineBuiltInUsed);
+    }
+
+    QTemporaryDir folder;
+    SimPlate* plate = nullptr;
+};
+
+TEST_F(CalibrateWithOctave, TheWindowStaysLiveWhileOctaveWorksAndShowsItsMatrix) {
+    frmCalibrate& calibrate = openWalked(answering(true));
+    calibrate.cmdMatrix->click();
+    bool eventsRan = false;
+    QTimer::singleShot(0, &calibrate, [&] { eventsRan = true; });
+    ASSERT_TRUE(QTest::qWaitFor(
+        [&] { return QFile::exists(folder.filePath(QStringLiteral("received.m"))); }, ChildWaitMs));
+    EXPECT_TRUE(eventsRan) << "the window handles events while the child works";
+    EXPECT_EQ(calibrate.StatusBar1->currentMessage(), "Computing Matrix");
+    EXPECT_EQ(calibrate.ProgressBar1->maximum(), 0) << "a busy bar";
+    for (QWidget* control : std::initializer_list<QWidget*>{
+             calibrate.cmdMatrix, calibrate.cmdZero, calibrate.cmdData, calibrate.cmdNext,
+             calibrate.picPlate, calibrate.cmdScaleZero, calibrate.cmdFileName, calibrate.cmdOK})
+        EXPECT_FALSE(control->isEnabled()) << control->objectName().toStdString();
+    EXPECT_TRUE(calibrate.cmdCancel->isEnabled());
+
+    QFile received(folder.filePath(QStringLiteral("received.m")));
+    ASSERT_TRUE(received.open(QIODevice::ReadOnly));
+    const QByteArray sent = received.readAll();
+    EXPECT_TRUE(sent.startsWith("clear all\n"));
+    EXPECT_TRUE(sent.contains("\nC=(L*S')/(S*S');\nF=C*S;\n"));
+
+    QFile(folder.filePath(QStringLiteral("go"))).open(QIODevice::WriteOnly);
+    ASSERT_TRUE(fitDone());
+    EXPECT_TRUE(showsStandInMatrix())
+        << matrixCell(0, 0).toStdString() << " " << matrixCell(1, 0).toStdString();
+    EXPECT_EQ(prompt.messages, QStringList());
+    EXPECT_EQ(calibrate.StatusBar1->currentMessage(), "Ready");
+    EXPECT_TRUE(calibrate.cmdZero->isEnabled() && calibrate.picPlate->isEnabled());
+    EXPECT_EQ(calibrate.flxgrdErrors->rowCount(), Points);
+}
+
+// Whatever goes wrong with Octave, the technician is told so and gets the built-in fit.
+TEST_F(CalibrateWithOctave, AFailingOctaveFallsBackToTheBuiltInFitAndSaysWhy) {
+    frmCalibrate& calibrate = openWalked(answering());
+    const CalMatrix builtIn = builtInMatrix();
+    const QString missing = folder.filePath(QStringLiteral("no-such-octave"));
+    const QString failing =
+        standIn(QStringLiteral("failing"), "echo 'error: out of memory' >&2\nexit 1\n");
+    const QString babbling =
+        standIn(QStringLiteral("babbling"), "cat > /dev/null\necho KX-FIT-RESULT\necho 1\n");
+    const QString unstartable = folder.filePath(QStringLiteral("unstartable"));
+    QFile bad(unstartable);
+    ASSERT_TRUE(bad.open(QIODevice::WriteOnly));
+    bad.write("#!/no/such/interpreter\n");
+    bad.close();
+    bad.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+
+    struct Case {
+        QString program;
+        QString message; // a prefix where the system's own words follow
+        bool exact;
+    } cases[] = {
+        {missing, strings::text(c::EngineUnavailable), true},
+        {failing, fellBack(failing + " failed: error: out of memory"), true},
+        {babbling, fellBack(babbling + " gave no complete result."), true},
+        {unstartable,
+         strings::text(c::EngineUnavailable) + "\n\n" + unstartable + " could not be started: ",
+         false},
+    };
+    for (const Case& k : cases) {
+        // First a matrix from Octave, so that the built-in one must replace it.
+        calibrate.setFitProgram(answering());
+        calibrate.cmdMatrix->click();
+        ASSERT_TRUE(fitDone());
+        ASSERT_TRUE(showsStandInMatrix());
+
+        prompt.messages.clear();
+        calibrate.setFitProgram(k.program);
+        calibrate.cmdMatrix->click();
+        ASSERT_TRUE(fitDone()) << k.program.toStdString();
+        ASSERT_EQ(prompt.messages.size(), 1) << k.program.toStdString();
+        if (k.exact)
+            EXPECT_EQ(prompt.messages[0], k.message);
+        else
+            EXPECT_TRUE(prompt.messages[0].startsWith(k.message))
+                << prompt.messages[0].toStdString();
+        EXPECT_EQ(calibrate.calibration().matrix, builtIn) << k.program.toStdString();
+        EXPECT_EQ(calibrate.StatusBar1->currentMessage(), "Ready");
+    }
+}
+
+TEST_F(CalibrateWithOctave, AnOctaveThatNeverAnswersTimesOutAfterThirtySecondsOnTheClock) {
+    frmCalibrate& calibrate = openWalked(silent());
+    calibrate.cmdMatrix->click();
+    const pid_t child = childPid();
+    ASSERT_TRUE(exists(child));
+    clock.advance(29999);
+    EXPECT_FALSE(calibrate.cmdMatrix->isEnabled());
+    EXPECT_EQ(prompt.messages, QStringList());
+    clock.advance(1);
+    EXPECT_EQ(prompt.messages,
+              QStringList{fellBack(folder.filePath("silent") + " did not answer within 30 s.")});
+    EXPECT_EQ(calibrate.calibration().matrix, builtInMatrix());
+    EXPECT_TRUE(calibrate.cmdMatrix->isEnabled());
+    EXPECT_EQ(calibrate.StatusBar1->currentMessage(), "Ready");
+    EXPECT_TRUE(childGone(child)) << "killed and reaped";
+}
+
+TEST_F(CalibrateWithOctave, CancelDuringTheFitEndsOctaveAndNoResultArrives) {
+    frmCalibrate& calibrate = openWalked(silent());
+    calibrate.cmdDisplay->click();
+    calibrate.cmdMatrix->click();
+    const pid_t child = childPid();
+    ASSERT_TRUE(exists(child));
+    plate->raise(PlateFault::DataClipped);
+    EXPECT_FALSE(calibrate.cmdMatrix->isEnabled()) << "the display's fault does not end the fit";
+    calibrate.cmdCancel->click();
+    EXPECT_EQ(unloads, 1);
+    EXPECT_TRUE(childGone(child)) << "killed and reaped";
+    clock.advance(60000);
+    EXPECT_FALSE(calibrate.calibration().fit);
+    EXPECT_EQ(prompt.messages, QStringList{strings::text(strings::CalibrateBlock + 910)});
+    dialog.reset();
+    QCoreApplication::processEvents();
+}
+
+} // namespace
+} // namespace kx::test
