@@ -93,8 +93,11 @@ TEST(DeviceErrorProfiles, StopAndAbortWhereEachWindowDoes) {
     const auto stopping = [](const DeviceErrorReaction& reaction) -> Steps {
         if (reaction.steps.isEmpty())
             return std::nullopt;
-        QList<R> kept = reaction.steps;
-        kept.removeIf([](R step) { return step != R::Stop && step != R::Abort; });
+        QList<R> kept;
+        for (const R step : reaction.steps) {
+            if (step == R::Stop || step == R::Abort)
+                kept << step;
+        }
         return kept;
     };
     for (const auto& c : cases) {
