@@ -49,8 +49,6 @@ Calibration knownCalibration() {
         p.dataDate = OleDate::fromDateTime(data[i]);
         r.points.push_back(p);
     }
-    r.scalingZero.done = true;
-    r.scalingZero.date = OleDate::fromDateTime(at(9, 0));
     for (const float load : {245.f, 490.f, 735.f, 980.f, 980.f, 735.f, 490.f, 245.f})
         r.steps.push_back({false, {}, 0, {}, {}, load});
     // Fz = 1000 × the sum of the means: 245.0 N loaded, 245.2 N unloaded.
@@ -60,7 +58,6 @@ Calibration knownCalibration() {
     r.environment = {9.796878, 22.5f, 41.f, 1013.2, 5.210406};
 
     FitResult fit;
-    fit.m = 3;
     fit.points = {0, 1, 3};
     fit.matrix = {
         {{-1000.f, -1000.f, -1000.f}, {-400.5f, 250.25f, 600.125f}, {-800.75f, 799.5f, 1.5f}}};
@@ -71,9 +68,6 @@ Calibration knownCalibration() {
     fit.diagnostics.residualRms = {0.0321, 0.00456, 0.00789};
     fit.diagnostics.uncertainty = {
         {{0.0234, 0.0456, 0.0789}, {0.1111, 0.2222, 0.3333}, {0.0004, 0.0016, 0.0051}}};
-    fit.diagnostics.standardisedResidual = {0.5, 1.0, 1.5};
-    fit.diagnostics.flagged = {false, false, false};
-    c.matrix = fit.matrix;
     c.fit = fit;
     c.operatorNow = QStringLiteral("JD7");
     c.operatorOnFile = QStringLiteral("AB");
