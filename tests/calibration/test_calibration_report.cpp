@@ -197,7 +197,6 @@ TEST(CalibrationReport, ACalibrationReopenedFromItsFileGivesTheSameReport) {
     BuiltInFitEngine engine;
     Calibration& made = bench.calibration;
     made.fit = MatrixFit::compute(made.record.points, engine).result;
-    ASSERT_TRUE(made.fit);
     made.record.scaleValue = 1.0012f;
     made.record.environment = knownCalibration().record.environment;
     made.operatorNow = QStringLiteral("JD7");
