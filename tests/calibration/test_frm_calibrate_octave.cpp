@@ -77,9 +77,7 @@ protected:
     pid_t childPid() {
         QFile file(folder.filePath(QStringLiteral("pid")));
         EXPECT_TRUE(QTest::qWaitFor([&] { return file.exists() && file.size() > 0; }, ChildWaitMs));
-        if (!file.open(QIODevice::ReadOnly))
-            return 0;
-        return static_cast<pid_t>(file.readAll().trimmed().toInt());
+        return file.open(QIODevice::ReadOnly) ? pid_t(file.readAll().trimmed().toInt()) : 0;
     }
     bool childGone(pid_t pid) {
         return pid > 0 && QTest::qWaitFor([pid] { return !exists(pid); }, ChildWaitMs);
@@ -164,11 +162,8 @@ TEST_F(CalibrateWithOctave, TheWindowStaysLiveAndAFailingOctaveFallsBackToTheBui
         calibrate.cmdMatrix->click();
         ASSERT_TRUE(fitDone()) << k.program.toStdString();
         ASSERT_EQ(prompt.messages.size(), 1) << k.program.toStdString();
-        if (k.exact)
-            EXPECT_EQ(prompt.messages[0], k.message);
-        else
-            EXPECT_TRUE(prompt.messages[0].startsWith(k.message))
-                << prompt.messages[0].toStdString();
+        const QString& told = prompt.messages[0];
+        EXPECT_TRUE(k.exact ? told == k.message : told.startsWith(k.message)) << told.toStdString();
         EXPECT_EQ(calibrate.calibration().matrix, builtIn) << k.program.toStdString();
         EXPECT_EQ(calibrate.StatusBar1->currentMessage(), "Ready");
     }
