@@ -87,12 +87,7 @@ const ReportSection& section(const CalibrationReport& report, const QString& hea
     throw std::runtime_error("no section " + heading.toStdString());
 }
 
-std::vector<ReportField> fields(std::initializer_list<std::pair<const char*, QString>> list) {
-    std::vector<ReportField> result;
-    for (const auto& [label, value] : list)
-        result.push_back({QString::fromUtf8(label), value});
-    return result;
-}
+using Fields = std::vector<ReportField>;
 
 TEST(CalibrationReport, StatesEveryFactOfAKnownCalibrationAndLeavesOutWhatIsNotKnown) {
     const std::optional<CalibrationReport> report =
@@ -103,7 +98,7 @@ TEST(CalibrationReport, StatesEveryFactOfAKnownCalibrationAndLeavesOutWhatIsNotK
 
     // The first zero is point 4's, the last data the linearity unload's.
     EXPECT_EQ(section(*report, "Force Platform").fields,
-              fields({{"Serial Number", "30417"},
+              (Fields{{"Serial Number", "30417"},
                       {"Firmware Version", "2.3"},
                       {"Operator", "JD7"},
                       {"First Zero", shown(7, 50)},
@@ -111,7 +106,7 @@ TEST(CalibrationReport, StatesEveryFactOfAKnownCalibrationAndLeavesOutWhatIsNotK
                       {"Load [N]", "245.000"},
                       {"Calibration File", "30417_1.cal"}}));
     EXPECT_EQ(section(*report, "Environmental Conditions").fields,
-              fields({{"T (°C)", "22.5"},
+              (Fields{{"T (°C)", "22.5"},
                       {"RHumidity (%)", "41"},
                       {"Pressure (hPa)", "1013.2"},
                       {"Pressure Correction", "5.210406"},
@@ -153,10 +148,10 @@ TEST(CalibrationReport, StatesEveryFactOfAKnownCalibrationAndLeavesOutWhatIsNotK
                                            {"735.000", "", "", ""},
                                            {"980.000", "", "", ""}}}));
     // Ratios 1.0 and 245.2 / 245: 2 / 2.000816 is 0.99959.
-    EXPECT_EQ(scaling.fields, fields({{"Scaling Value", "1.2500"}, {"Suggested", "0.9996"}}));
+    EXPECT_EQ(scaling.fields, (Fields{{"Scaling Value", "1.2500"}, {"Suggested", "0.9996"}}));
 
     EXPECT_EQ(section(*report, "Acceptance Limits").fields,
-              fields({{"Max Zero StdDev (converter codes)", "1024"},
+              (Fields{{"Max Zero StdDev (converter codes)", "1024"},
                       {"Max Data StdDev (normalized V)", "0.002"}}));
 
     // The picture: the plate's extents, each point's state and its arrow, no current point.
@@ -178,7 +173,7 @@ TEST(CalibrationReport, StatesEveryFactOfAKnownCalibrationAndLeavesOutWhatIsNotK
     const std::optional<CalibrationReport> partial = CalibrationReport::build(c, facts);
     ASSERT_TRUE(partial);
     EXPECT_EQ(section(*partial, "Force Platform").fields,
-              fields({{"Serial Number", "30417"},
+              (Fields{{"Serial Number", "30417"},
                       {"Operator", "AB"},
                       {"First Zero", shown(7, 50)},
                       {"Last Data Acquisition", shown(9, 10)},
