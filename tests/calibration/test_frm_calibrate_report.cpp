@@ -19,13 +19,14 @@ protected:
         openPlates();
         return *added;
     }
-    QString lastFilePath() const {
+    static QString lastFilePath() {
         return CalibrationSettings::load(IniFile::sharedProfile()).LastFilePath;
     }
-    // The report asked for and `path` chosen (nothing: cancelled); the messages it gave.
-    QStringList report(const std::optional<QString>& path) {
+    // The report asked for and `path` chosen (none: cancelled); the messages it gave.
+    QStringList report(const std::optional<QString>& path = std::nullopt) {
         prompt.messages.clear();
-        prompt.fileAnswers.push_back(path);
+        if (path)
+            prompt.fileAnswers.push_back(*path);
         dialog->cmdReport->click();
         return prompt.messages;
     }
@@ -46,9 +47,7 @@ TEST_F(CalibrationReportButton, WritesTheCertificateBesideTheLastFileAndSaysWhen
     EXPECT_TRUE(dialog->cmdReport->isEnabled());
 
     // Conditions are required as for a save; nothing is asked before they are given.
-    prompt.messages.clear();
-    dialog->cmdReport->click();
-    EXPECT_EQ(prompt.messages, QStringList{strings::text(strings::calibrate::MissingConditions)});
+    EXPECT_EQ(report(), QStringList{strings::text(strings::calibrate::MissingConditions)});
     EXPECT_TRUE(prompt.dialogs.empty());
 
     dialog->txtCTemp->setText(QStringLiteral("21"));
@@ -73,7 +72,7 @@ TEST_F(CalibrationReportButton, WritesTheCertificateBesideTheLastFileAndSaysWhen
     EXPECT_TRUE(pdf.read(5) == "%PDF-");
 
     // The folder chosen is remembered: the next report and the save start there.
-    EXPECT_EQ(report(std::nullopt), QStringList());
+    EXPECT_EQ(report(), QStringList());
     ASSERT_EQ(prompt.dialogs.size(), 2u);
     EXPECT_EQ(prompt.dialogs[1].initialFolder, elsewhere);
     dialog->txtOpNow->setText(QStringLiteral("AB"));
