@@ -102,4 +102,22 @@ private:
     SimPlate& m_plate;
 };
 
+// frmCalibrate on the calibration plate at the profile's gravity, with a 2 s duration.
+class CalibrateDialogBench : public DialogFixture<frmCalibrate> {
+protected:
+    SimPlate& benchPlate() {
+        SimPlate* added = driver.addPlate(calibrationPlateConfig());
+        added->loads().setGravity(ProfileGravity);
+        openPlates();
+        return *added;
+    }
+    frmCalibrate& open() {
+        openDialog(&plate, [](frmCalibrate& d) { d.txtDuration->setText(QStringLiteral("2")); });
+        return *dialog;
+    }
+
+    SimPlate& plate = benchPlate();
+    CalibrateHands hands{clock, plate};
+};
+
 } // namespace kx::test

@@ -8,23 +8,11 @@
 namespace kx::test {
 namespace {
 
-class CalibrateDialog : public DialogFixture<frmCalibrate> {
+class CalibrateDialog : public CalibrateDialogBench {
 protected:
-    SimPlate& benchPlate() {
-        SimPlate* added = driver.addPlate(calibrationPlateConfig());
-        added->loads().setGravity(ProfileGravity);
-        openPlates();
-        return *added;
-    }
-    frmCalibrate& open() {
-        openDialog(&plate, [](frmCalibrate& d) { d.txtDuration->setText(QStringLiteral("2")); });
-        return *dialog;
-    }
     const CalPoint& point(int i) const {
         return dialog->calibration().record.points[std::size_t(i)];
     }
-    SimPlate& plate = benchPlate();
-    CalibrateHands hands{clock, plate};
 };
 
 // A zero noisier than the profile allows is refused with the text of its mode, after the

@@ -11,14 +11,8 @@
 namespace kx::test {
 namespace {
 
-class CalibrationReportButton : public DialogFixture<frmCalibrate> {
+class CalibrationReportButton : public CalibrateDialogBench {
 protected:
-    SimPlate& benchPlate() {
-        SimPlate* added = driver.addPlate(calibrationPlateConfig());
-        added->loads().setGravity(ProfileGravity);
-        openPlates();
-        return *added;
-    }
     static QString lastFilePath() {
         return CalibrationSettings::load(IniFile::sharedProfile()).LastFilePath;
     }
@@ -30,14 +24,11 @@ protected:
         dialog->cmdReport->click();
         return prompt.messages;
     }
-
-    SimPlate& plate = benchPlate();
-    CalibrateHands hands{clock, plate};
 };
 
 TEST_F(CalibrationReportButton, WritesTheCertificateBesideTheLastFileAndSaysWhenItCannot) {
     const QString folder = lastFilePath();
-    openDialog(&plate, [](frmCalibrate& d) { d.txtDuration->setText(QStringLiteral("2")); });
+    open();
     EXPECT_EQ(dialog->cmdReport->text(), "&Report...");
     EXPECT_EQ(dialog->cmdReport->accessibleName(), "Report...");
     EXPECT_EQ(dialog->cmdReport->parentWidget(), static_cast<QWidget*>(dialog->frmFile));
