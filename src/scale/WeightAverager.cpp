@@ -38,8 +38,4 @@ void WeightAverager::add(float fz) {
     }
 }
 
-float WeightAverager::at(qint32 age) const {
-    return m_window[(m_newest + static_cast<std::size_t>(age)) % m_window.size()];
-}
-
 } // namespace kx

@@ -32,8 +32,6 @@ public:
     double mean() const { return m_sum / static_cast<float>(m_count); }
     // The weight the scale shows, -S / n: a loaded plate reports negative Fz.
     double weight() const { return -m_sum / static_cast<float>(m_count); }
-    // The window's value `age` samples old (0 newest), valid or stale.
-    float at(qint32 age) const;
 
 private:
     std::vector<float> m_window;
