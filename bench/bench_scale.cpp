@@ -52,6 +52,7 @@ public:
     void critical(const QString& text) override {
         std::fprintf(stderr, "unexpected message: %s\n", qPrintable(text));
     }
+    int ask(const kx::Question& question) override { return question.escapeChoice; }
     std::optional<QString> saveFileName(const kx::FileDialogRequest&) override { return {}; }
     std::optional<QString> openFileName(const kx::FileDialogRequest&) override { return {}; }
     void beep() override {}

@@ -2,6 +2,7 @@
 
 #include "app/PlateInput.h"
 #include "resources/StringTable.h"
+#include "support/Clock.h"
 #include "support/DateFormat.h"
 #include "support/NumberFormat.h"
 #include "support/Prompt.h"
@@ -37,11 +38,13 @@ float dayNumberOf(QDate date) {
 
 } // namespace
 
-AppCountersPanel::AppCountersPanel(Prompt& prompt, const SelectedPlate& plate, QWidget* parent)
+AppCountersPanel::AppCountersPanel(Clock& clock, Prompt& prompt, const SelectedPlate& plate,
+                                   QWidget* parent)
     : PlatePanel("frmAppCounters", 600, prompt, plate, parent)
     , lblAppLastDate(makeLabel("lblAppLastDate", 640))
     , txtAppLastDate(makeBox(QStringLiteral("txtAppLastDate"), plainCaption(640), 12, [] {}))
-    , cmdSetCounters(new QPushButton(strings::text(650), this)) {
+    , cmdSetCounters(new QPushButton(strings::text(650), this))
+    , m_clock(clock) {
     auto* grid = new QGridLayout;
     for (int i = 0; i < Counters; ++i) {
         const QString index = QString::number(i);
@@ -81,7 +84,7 @@ void AppCountersPanel::setCounters() {
     if (!hasPlate())
         return;
     if (txtAppLastDate->text().trimmed().isEmpty())
-        txtAppLastDate->setText(formatShortDate(QDate::currentDate()));
+        txtAppLastDate->setText(formatShortDate(m_clock.currentDateTime().date()));
     withPlate([this](PlateDevice& plate) {
         const QDate date = parseShortDate(txtAppLastDate->text().trimmed());
         if (date.isValid()) {

@@ -10,6 +10,8 @@ class QPushButton;
 
 namespace kx {
 
+class Clock;
+
 // "Application Counters:": four counters and the date of their last change, kept in the
 // plate's stored table beside the calibration matrix (row 3 and cell (0, 3)). "Set" writes
 // all five.
@@ -18,7 +20,8 @@ class AppCountersPanel : public PlatePanel {
 public:
     static constexpr int Counters = 4;
 
-    AppCountersPanel(Prompt& prompt, const SelectedPlate& plate, QWidget* parent = nullptr);
+    AppCountersPanel(Clock& clock, Prompt& prompt, const SelectedPlate& plate,
+                     QWidget* parent = nullptr);
 
     void fill(PlateDevice& plate);
 
@@ -32,6 +35,8 @@ private:
     void showCounter(PlateDevice& plate, int index);
     void showDate(PlateDevice& plate);
     void setCounters();
+
+    Clock& m_clock;
 };
 
 } // namespace kx

@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QFileInfo>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QSoundEffect>
 #include <QUrl>
 
@@ -31,6 +32,20 @@ void QtPrompt::critical(const QString& text) {
     QMessageBox box(QMessageBox::Critical, strings::text(strings::ApplicationTitle), text,
                     QMessageBox::Ok, QApplication::activeWindow());
     box.exec();
+}
+
+int QtPrompt::ask(const Question& question) {
+    QMessageBox box(QMessageBox::Question, strings::text(strings::ApplicationTitle), question.text,
+                    QMessageBox::NoButton, QApplication::activeWindow());
+    QList<QAbstractButton*> buttons;
+    // One role for all keeps the buttons in the order given.
+    for (const QString& choice : question.choices)
+        buttons << box.addButton(choice, QMessageBox::ActionRole);
+    box.setDefaultButton(qobject_cast<QPushButton*>(buttons.value(question.defaultChoice)));
+    box.setEscapeButton(buttons.value(question.escapeChoice));
+    box.exec();
+    const auto answer = buttons.indexOf(box.clickedButton());
+    return answer >= 0 ? int(answer) : question.escapeChoice;
 }
 
 std::optional<QString> QtPrompt::saveFileName(const FileDialogRequest& request) {

@@ -16,6 +16,7 @@ public:
     ~QtPrompt() override;
 
     void critical(const QString& text) override;
+    int ask(const Question& question) override;
     std::optional<QString> saveFileName(const FileDialogRequest& request) override;
     std::optional<QString> openFileName(const FileDialogRequest& request) override;
     void beep() override;

@@ -158,7 +158,7 @@ QWidget* frmMain::buildCentralWidget() {
     frmCalibration = new MatrixPanel(m_prompt, m_device, central);
     frmStatus = new StatusPanel(m_prompt, m_device, central);
     frmCalibrate = new ConverterCommandsPanel(m_prompt, m_device, central);
-    frmAppCounters = new AppCountersPanel(m_prompt, m_device, central);
+    frmAppCounters = new AppCountersPanel(m_clock, m_prompt, m_device, central);
 
     cmdGetZero = makeButton("cmdGetZero", 120, central);
     cmdMeter = makeButton("cmdMeter", 130, central);

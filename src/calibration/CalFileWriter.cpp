@@ -114,7 +114,7 @@ QByteArray writeCalFile(const CalibrationRecord& r) {
     return w.bytes;
 }
 
-bool saveCalFile(const QString& path, const CalibrationRecord& record) {
+SaveResult saveCalFile(const QString& path, const CalibrationRecord& record) {
     return saveAtomically(path, writeCalFile(record));
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "calibration/CalibrationRecord.h"
+#include "support/SaveAtomically.h"
 
 #include <QByteArray>
 #include <QString>
@@ -15,7 +16,7 @@ namespace kx {
 QByteArray writeCalFile(const CalibrationRecord& record);
 
 // Writes the file atomically; false when it could not be written.
-bool saveCalFile(const QString& path, const CalibrationRecord& record);
+SaveResult saveCalFile(const QString& path, const CalibrationRecord& record);
 
 // "<folder>/<serial>_<n>.cal" with n the first number from 1 whose file does not exist.
 QString nextCalFileName(const QString& folder, const QString& serial);

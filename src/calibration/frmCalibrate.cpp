@@ -874,7 +874,7 @@ void frmCalibrate::ZeroDone(const ChannelValues& average, const ChannelValues& d
     finishAcquisition();
     playCompletionSound();
     const ZeroReading reading = ZeroReading::fromZeroDone(average, deviation);
-    const QDateTime now = QDateTime::currentDateTime();
+    const QDateTime now = clock().currentDateTime();
     float temperature = 0;
     runDevice([&] { temperature = device()->Temperature(); });
     const float limit = st.settings.MaxZeroStdDev;
@@ -907,7 +907,7 @@ void frmCalibrate::TestDone(qint32 count, const QList<Float3>& volts) {
     finishAcquisition();
     playCompletionSound();
     const DataReading reading = DataReading::fromSamples(count, volts);
-    const QDateTime now = QDateTime::currentDateTime();
+    const QDateTime now = clock().currentDateTime();
     float temperature = 0;
     runDevice([&] { temperature = device()->Temperature(); });
     const float limit = st.settings.MaxDataStdDev;
@@ -1244,9 +1244,9 @@ void frmCalibrate::cmdOK_Click() {
         const QString code = txtOpNow->text().trimmed();
         runDevice([&] {
             device()->SetOperatorRecord2(QLatin1String(OperatorTag2) + code,
-                                         QDateTime::currentDateTime());
+                                         clock().currentDateTime());
             device()->SetOperatorRecord3(QLatin1String(OperatorTag3) + code,
-                                         QDateTime::currentDateTime());
+                                         clock().currentDateTime());
         });
     }
     close();

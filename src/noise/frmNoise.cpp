@@ -320,7 +320,8 @@ void frmNoise::saveResults() {
 void frmNoise::savePicture() {
     QString path = m_file.path();
     path.replace(path.size() - 4, 4, QStringLiteral(".png"));
-    saveAtomically(path, picNoise->png());
+    if (const SaveResult saved = saveAtomically(path, picNoise->png()); !saved)
+        StatusBar1Panel2->setText(saved.error);
 }
 
 void frmNoise::showMeasuring(bool measuring) {

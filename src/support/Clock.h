@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QObject>
 #include <QtGlobal>
 #include <functional>
@@ -18,6 +19,10 @@ public:
     // Milliseconds since an arbitrary origin, wrapping at 2^32 like the system tick count.
     // Compare ticks only through unsigned differences: quint32(now - then).
     virtual quint32 tickCount() const = 0;
+
+    // The calendar date and time, local. Everything the program stamps with a date (the
+    // calibration's acquisitions, the operator records, the counters' date) takes it from here.
+    virtual QDateTime currentDateTime() const = 0;
 
     // A timer in the dialogs' style: an interval, an enabled switch and a timeout signal.
     // The parent owns it.

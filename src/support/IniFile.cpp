@@ -4,6 +4,7 @@
 #include "support/SaveAtomically.h"
 
 #include <QByteArray>
+#include <QDir>
 #include <QFile>
 #include <QList>
 #include <QStringList>
@@ -140,12 +141,14 @@ QString IniFile::value(const QString& section, const QString& key,
     return fallback.toString();
 }
 
-void IniFile::setValue(const QString& section, const QString& key, const QString& text) const {
+SaveResult IniFile::setValue(const QString& section, const QString& key,
+                             const QString& text) const {
     IniText ini;
     if (QFile::exists(m_path)) {
         std::optional<IniText> existing = readLines(m_path);
         if (!existing)
-            return; // a file that cannot be read must not be replaced
+            return {QStringLiteral("The profile %1 cannot be read, so it is left as it is.")
+                        .arg(QDir::toNativeSeparators(m_path))}; // never replace what was not read
         ini = std::move(*existing);
     }
 
@@ -168,7 +171,7 @@ void IniFile::setValue(const QString& section, const QString& key, const QString
         ini.insertLine(ini.raw.size(), key + u'=' + text);
     }
 
-    saveAtomically(m_path, ini.bytes());
+    return saveAtomically(m_path, ini.bytes());
 }
 
 } // namespace kx

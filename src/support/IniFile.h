@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/SaveAtomically.h"
+
 #include <QString>
 #include <utility>
 
@@ -25,7 +27,7 @@ public:
     const QString& path() const { return m_path; }
 
     QString value(const QString& section, const QString& key, const QString& defaultText) const;
-    void setValue(const QString& section, const QString& key, const QString& text) const;
+    SaveResult setValue(const QString& section, const QString& key, const QString& text) const;
 
 private:
     QString m_path;

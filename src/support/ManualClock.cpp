@@ -38,8 +38,14 @@ private:
     ManualClock* m_clock;
 };
 
-ManualClock::ManualClock(quint32 start)
-    : m_now(start) {}
+QDateTime ManualClock::defaultOrigin() {
+    return QDateTime(QDate(2024, 3, 14), QTime(9, 30));
+}
+
+ManualClock::ManualClock(quint32 start, const QDateTime& origin)
+    : m_now(start)
+    , m_start(start)
+    , m_origin(origin) {}
 
 ManualClock::~ManualClock() {
     // Timers may outlive the clock (their parents own them): cut them loose.

@@ -10,12 +10,18 @@ namespace kx {
 // A clock that moves only when told to. advance() fires every timer and single shot that
 // falls due on the way, in time order (ties in the order they were scheduled), each with the
 // tick count set to its own due time, so a five-hour run takes as long as its handlers do.
+// Its calendar is a fixed origin plus the time advanced, so dates in tests are exact whatever
+// the day they run.
 class ManualClock final : public Clock {
 public:
-    explicit ManualClock(quint32 start = 0);
+    // 14 March 2024, 09:30 local time.
+    static QDateTime defaultOrigin();
+
+    explicit ManualClock(quint32 start = 0, const QDateTime& origin = defaultOrigin());
     ~ManualClock() override;
 
     quint32 tickCount() const override { return static_cast<quint32>(m_now); }
+    QDateTime currentDateTime() const override { return m_origin.addMSecs(m_now - m_start); }
     Timer* createTimer(QObject* parent) override;
     void singleShot(int ms, QObject* context, std::function<void()> action) override;
 
@@ -42,6 +48,8 @@ private:
     void disarm(ManualTimer* timer);
 
     qint64 m_now;
+    qint64 m_start;
+    QDateTime m_origin;
     quint64 m_order = 0;
     std::vector<Pending> m_pending;
     std::vector<Armed> m_armed;

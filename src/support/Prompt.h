@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QStringList>
 #include <optional>
 
 namespace kx {
@@ -21,6 +22,15 @@ struct FileDialogRequest {
     bool noReadOnlyReturn = false;
 };
 
+// A question with a button for each answer. Used where going on could lose the user's work
+// or end a long run, so that Enter and Esc each give a deliberate, harmless answer.
+struct Question {
+    QString text;
+    QStringList choices;   // the buttons' captions, left to right ("&Save", "&Discard", ...)
+    int defaultChoice = 0; // what Enter presses
+    int escapeChoice = 0;  // what Esc and the box's own close button answer
+};
+
 // Everything the program shows or asks the user outside its own windows. Dialogs reach the
 // user only through this, so tests can see and answer what a user would.
 class Prompt {
@@ -30,6 +40,10 @@ public:
     // A modal message box with the critical icon, one OK button and the application title
     // as caption. Returns when the user has closed it.
     virtual void critical(const QString& text) = 0;
+
+    // A modal question box with the application title as caption; returns the index in
+    // `choices` of the answer given.
+    virtual int ask(const Question& question) = 0;
 
     // The chosen file name, or nothing when the user cancelled.
     virtual std::optional<QString> saveFileName(const FileDialogRequest& request) = 0;

@@ -36,6 +36,10 @@ quint32 QtClock::tickCount() const {
         duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
 }
 
+QDateTime QtClock::currentDateTime() const {
+    return QDateTime::currentDateTime();
+}
+
 Timer* QtClock::createTimer(QObject* parent) {
     return new QtTimer(parent);
 }

@@ -8,6 +8,7 @@ namespace kx {
 class QtClock final : public Clock {
 public:
     quint32 tickCount() const override;
+    QDateTime currentDateTime() const override;
     Timer* createTimer(QObject* parent) override;
     void singleShot(int ms, QObject* context, std::function<void()> action) override;
 };

@@ -1,18 +1,34 @@
 #include "support/SaveAtomically.h"
 
+#include <QDir>
+#include <QFileInfo>
 #include <QSaveFile>
 
 namespace kx {
 
-bool saveAtomically(const QString& path, const QByteArray& contents) {
+SaveResult saveAtomically(const QString& path, const QByteArray& contents) {
+    const QString folder = QFileInfo(path).absolutePath();
+    if (!QDir().mkpath(folder))
+        return {QStringLiteral("The folder %1 cannot be created.")
+                    .arg(QDir::toNativeSeparators(folder))};
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
-        return false;
-    file.write(contents);
-    // commit() overlooks a failure to flush its buffer and would publish a cut file.
-    if (!file.flush())
+        return {file.errorString()};
+    // write() reports a short write only by its count, and commit() overlooks a buffer that
+    // could not be flushed: either would publish a cut file.
+    const bool whole = file.write(contents) == contents.size() && file.flush();
+    if (!whole) {
+        const QString why =
+            file.error() != QFileDevice::NoError
+                ? file.errorString()
+                : QStringLiteral("The disk took only part of the file (is it full?).");
         file.cancelWriting();
-    return file.commit();
+        return {why};
+    }
+    // commit() syncs the new file to the disk before it takes the old one's place.
+    if (!file.commit())
+        return {file.errorString()};
+    return {};
 }
 
 } // namespace kx

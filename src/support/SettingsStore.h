@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/SaveAtomically.h"
 #include "support/Settings.h"
 
 #include <QString>
@@ -14,10 +15,11 @@ using SettingValue = std::variant<QString, qint32>;
 
 // The platform's store behind Settings.h, one implementation per platform: the registry on
 // Windows, the settings file elsewhere. Both read the value as a reader with a 512-byte buffer
-// would (a text is cut at its first NUL; a longer value is not read) and fail silently.
+// would (a text is cut at its first NUL; a longer value is not read). A read fails silently; a
+// write says why it failed.
 std::optional<SettingValue> readSettingValue(SettingsRoot root, const QString& keyPath,
                                              const QString& valueName);
-void writeSettingValue(SettingsRoot root, const QString& keyPath, const QString& valueName,
-                       const SettingValue& value);
+SaveResult writeSettingValue(SettingsRoot root, const QString& keyPath, const QString& valueName,
+                             const SettingValue& value);
 
 } // namespace kx

@@ -58,15 +58,15 @@ std::optional<SettingValue> readSettingValue(SettingsRoot root, const QString& k
     return value;
 }
 
-void writeSettingValue(SettingsRoot root, const QString& keyPath, const QString& valueName,
-                       const SettingValue& value) {
+SaveResult writeSettingValue(SettingsRoot root, const QString& keyPath, const QString& valueName,
+                             const SettingValue& value) {
     const QString path = SettingsFile::location();
     LoadedFile file = load(path);
     if (file.unreadable)
-        return; // never overwrite settings that could not be read
+        return {QStringLiteral("The settings file %1 cannot be read, so it is left as it is.")
+                    .arg(QDir::toNativeSeparators(path))}; // never overwrite what could not be read
     file.settings.setValue(root, keyPath, valueName, value);
-    QDir().mkpath(QFileInfo(path).absolutePath());
-    saveAtomically(path, file.settings.toText());
+    return saveAtomically(path, file.settings.toText());
 }
 
 } // namespace kx

@@ -57,8 +57,8 @@ std::optional<SettingValue> readSettingValue(SettingsRoot root, const QString& k
     }
 }
 
-void writeSettingValue(SettingsRoot root, const QString& keyPath, const QString& valueName,
-                       const SettingValue& value) {
+SaveResult writeSettingValue(SettingsRoot root, const QString& keyPath, const QString& valueName,
+                             const SettingValue& value) {
     QByteArray data;
     DWORD type = REG_DWORD;
     if (const QString* text = std::get_if<QString>(&value)) {
@@ -69,17 +69,19 @@ void writeSettingValue(SettingsRoot root, const QString& keyPath, const QString&
         data = QByteArray(reinterpret_cast<const char*>(&number), sizeof number);
     }
     const QByteArray name = valueName.toLocal8Bit();
-    const auto setOn = [&](HKEY key) {
-        RegSetValueExA(key, name.constData(), 0, type,
-                       reinterpret_cast<const BYTE*>(data.constData()),
-                       static_cast<DWORD>(data.size()));
+    const auto setOn = [&](HKEY key) -> SaveResult {
+        if (RegSetValueExA(key, name.constData(), 0, type,
+                           reinterpret_cast<const BYTE*>(data.constData()),
+                           static_cast<DWORD>(data.size())) == ERROR_SUCCESS)
+            return {};
+        return {QStringLiteral("The registry value %1 cannot be written.").arg(valueName)};
     };
 
     HKEY key = nullptr;
     if (createKey(rootKey(root), keyPath, &key) == ERROR_SUCCESS) {
-        setOn(key);
+        const SaveResult result = setOn(key);
         RegCloseKey(key);
-        return;
+        return result;
     }
     // Where the whole path cannot be created in one call, create it one level at a time,
     // holding every level open until the value is set.
@@ -92,10 +94,12 @@ void writeSettingValue(SettingsRoot root, const QString& keyPath, const QString&
         levels.push_back(child);
         parent = child;
     }
+    SaveResult result{QStringLiteral("The registry key %1 cannot be created.").arg(keyPath)};
     if (levels.size() == static_cast<std::size_t>(keyPath.count(u'\\') + 1))
-        setOn(parent);
+        result = setOn(parent);
     for (auto level = levels.rbegin(); level != levels.rend(); ++level)
         RegCloseKey(*level);
+    return result;
 }
 
 } // namespace kx

@@ -155,22 +155,18 @@ protected:
 };
 
 TEST_F(ServiceLayout, EmptyCountersAndDateAreFilledWhenSet) {
-    // Today is read on both sides of the click, so a run across midnight passes too.
-    const QDate before = QDate::currentDate();
+    // The bench's clock starts on 14 March 2024, day 45365 counted from 30 December 1899.
+    const QDate today(2024, 3, 14);
     box(QStringLiteral("txtAppCounter0"))->setText(QStringLiteral("17"));
     box(QStringLiteral("txtAppCounter2"))->setText(QStringLiteral("  "));
     box(QStringLiteral("txtAppLastDate"))->clear();
     click("cmdSetCounters");
-    const QDate after = QDate::currentDate();
-    const QDate today =
-        text(QStringLiteral("txtAppLastDate")) == formatShortDate(before) ? before : after;
     SimPlate& plate = *selectedPlate();
     EXPECT_EQ(text(QStringLiteral("txtAppCounter2")), QStringLiteral("0"));
     EXPECT_FLOAT_EQ(plate.MatrixElement(3, 2), 0.0f);
     EXPECT_FLOAT_EQ(plate.MatrixElement(3, 0), 17.0f);
     EXPECT_EQ(text(QStringLiteral("txtAppLastDate")), formatShortDate(today));
-    EXPECT_FLOAT_EQ(plate.MatrixElement(0, 3),
-                    static_cast<float>(QDate(1899, 12, 30).daysTo(today)));
+    EXPECT_FLOAT_EQ(plate.MatrixElement(0, 3), 45365.0f);
 
     box(QStringLiteral("txtAppLastDate"))->setText(QStringLiteral("2024-02-29"));
     click("cmdSetCounters");

@@ -1,7 +1,7 @@
-#include "../support/FileSizeLimit.h"
 #include "../support/PrintQString.h"
 #include "DialogFixture.h"
 #include "FileBytes.h"
+#include "FileSizeLimit.h"
 #include "noise/frmNoise.h"
 #include "resources/StringTable.h"
 #include "support/IniFile.h"

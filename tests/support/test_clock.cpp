@@ -97,3 +97,11 @@ TEST(ManualClock, NothingFiresIntoADestroyedContextOrClock) {
     EXPECT_EQ(runs, 0);
     timer->setInterval(20); // must not reach the destroyed clock (the sanitizer build checks)
 }
+
+TEST(ManualClock, CalendarIsTheOriginPlusTheTicksAdvanced) {
+    const QDateTime origin(QDate(2025, 12, 31), QTime(23, 59, 30));
+    ManualClock clock(0xFFFFFF00u, origin);
+    EXPECT_EQ(clock.currentDateTime(), origin);
+    clock.advance(45'000); // across midnight and the tick counter's wrap
+    EXPECT_EQ(clock.currentDateTime(), QDateTime(QDate(2026, 1, 1), QTime(0, 0, 15)));
+}

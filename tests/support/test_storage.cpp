@@ -4,6 +4,7 @@
 #include "support/FileLocations.h"
 #include "support/Folders.h"
 #include "support/IniFile.h"
+#include "support/SaveAtomically.h"
 #include "support/Settings.h"
 #include "support/SettingsFile.h"
 #include "support/SettingsKeys.h"
@@ -311,9 +312,30 @@ TEST_F(IniFileTest, AWriteThatFailsKeepsTheOldContentsOrIsLost) {
     EXPECT_EQ(fileBytes(iniPath()), kProfile);
     EXPECT_EQ(QDir(QFileInfo(iniPath()).absolutePath()).entryList(QDir::Files).size(), 1);
 
-    const IniFile nowhere(QFileInfo(iniPath()).absolutePath() + "/missing/KXPlateCpl.ini");
-    nowhere.setValue("Noise", "Channels", "3"); // lost without a word
-    EXPECT_EQ(nowhere.value("Noise", "Channels", "1"), "1");
+    const IniFile elsewhere(QFileInfo(iniPath()).absolutePath() + "/missing/KXPlateCpl.ini");
+    EXPECT_TRUE(elsewhere.setValue("Noise", "Channels", "3")) << "its folder is made";
+    EXPECT_EQ(elsewhere.value("Noise", "Channels", "1"), "3");
+}
+
+// Each case writes over an old file under a limit that cuts the new contents short: one larger
+// than the write buffer (written straight through) and one that sits in the buffer until the
+// flush. The child reports 0 only when the save said why it failed.
+TEST_F(IniFileTest, AShortWriteFailsWithAReasonAndKeepsTheOldFileByteForByte) {
+    const QString path = QFileInfo(iniPath()).absolutePath() + "/results.txt";
+    const QByteArray old(3000, 'o');
+    for (const qsizetype size : {qsizetype(100'000), qsizetype(3500)}) {
+        writeFileBytes(path, old);
+        const int status = exitStatusUnderFileSizeLimit(3200, [&] {
+            const kx::SaveResult saved = kx::saveAtomically(path, QByteArray(size, 'n'));
+            return !saved && !saved.error.isEmpty() ? 0 : 1;
+        });
+        EXPECT_EQ(status, 0) << size << " bytes passed as saved";
+        EXPECT_EQ(fileBytes(path), old) << size;
+        EXPECT_EQ(QDir(QFileInfo(path).absolutePath()).entryList(QDir::Files).size(), 1)
+            << "no temporary file left beside it";
+    }
+    EXPECT_TRUE(kx::saveAtomically(path, "new"));
+    EXPECT_EQ(fileBytes(path), "new");
 }
 #endif
 

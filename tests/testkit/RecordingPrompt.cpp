@@ -9,6 +9,16 @@ void RecordingPrompt::critical(const QString& text) {
         whileMessageOpen(text);
 }
 
+int RecordingPrompt::ask(const Question& question) {
+    questions.push_back(question);
+    events << QStringLiteral("ask:") + question.text;
+    if (answers.empty())
+        return question.escapeChoice;
+    const int answer = answers.front();
+    answers.pop_front();
+    return answer;
+}
+
 std::optional<QString> RecordingPrompt::saveFileName(const FileDialogRequest& request) {
     return answerFileDialog(QStringLiteral("save:"), request);
 }

@@ -14,6 +14,8 @@ namespace kx::test {
 class RecordingPrompt final : public Prompt {
 public:
     void critical(const QString& text) override;
+    // Answers from `answers`; an empty queue answers as Esc would.
+    int ask(const Question& question) override;
     std::optional<QString> saveFileName(const FileDialogRequest& request) override;
     std::optional<QString> openFileName(const FileDialogRequest& request) override;
     void beep() override {
@@ -26,6 +28,8 @@ public:
     QStringList events;                     // "critical:<text>", "beep", "sound:<path>", ...
     std::vector<FileDialogRequest> dialogs; // every file dialog asked for
     std::deque<std::optional<QString>> fileAnswers;
+    std::vector<Question> questions; // every question asked ("ask:<text>" in events)
+    std::deque<int> answers;
     int beeps = 0;
     // Runs while a message box is "open", as the user's event loop would.
     std::function<void(const QString&)> whileMessageOpen;
