@@ -1,0 +1,67 @@
+#pragma once
+
+#include "cli/Command.h"
+#include "device/DeviceErrorProfile.h"
+
+#include <QString>
+#include <functional>
+
+namespace kx {
+class Clock;
+class PlateDevice;
+class PlateDriver;
+} // namespace kx
+
+namespace kx::cli {
+
+class PlateFinder;
+
+// A command on the one plate its serial number names. It finds the plates, then run()s on the
+// plate; the plate's fault events end the command where the dialog it stands for would stop
+// (that dialog's reactions and the first line of its message), and are ignored where the
+// dialog ignores them.
+class PlateCommand : public Command {
+    Q_OBJECT
+public:
+    void start() final;
+    void interrupt(int signal) final;
+
+protected:
+    // `block`: the string block of the dialog whose reactions to faults this command shares.
+    PlateCommand(Console& console, Clock& clock, PlateDriver& driver, QString serial, int block,
+                 QObject* parent = nullptr);
+
+    // Checks what needs no plate (files, values) before the plates are searched; false when
+    // the command has failed.
+    virtual bool prepare() { return true; }
+    virtual void run(PlateDevice& plate) = 0;
+    // Ctrl+C or SIGTERM once run() has begun; ends at once unless overridden.
+    virtual void stopEarly(int signal);
+    // A plate call failed, or the plate reported a fault its dialog reacts to; `line` names
+    // the plate and says what happened (a fault in the first line of the dialog's message).
+    // Ends the command with a device error unless overridden.
+    virtual void deviceFailure(const QString& line);
+
+    // Runs plate calls; a failing one goes to deviceFailure() and false is returned.
+    bool call(const std::function<void()>& calls);
+    // "plate 20418: <what>"
+    QString aboutPlate(const QString& what) const;
+    Clock& clock() const { return m_clock; }
+    PlateDevice* plate() const { return m_plate; }
+    const QString& serial() const { return m_serial; }
+    bool plateRemoved() const { return m_removed; }
+
+private:
+    void found();
+    void deviceEvent(DeviceEvent event);
+
+    Clock& m_clock;
+    PlateDriver& m_driver;
+    QString m_serial;
+    int m_block;
+    PlateFinder* m_finder = nullptr;
+    PlateDevice* m_plate = nullptr;
+    bool m_removed = false;
+};
+
+} // namespace kx::cli

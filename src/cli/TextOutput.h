@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QStringList>
+#include <vector>
+
+namespace kx::cli {
+
+// Rows of text set in columns for a terminal: each column as wide as its widest cell, columns
+// two blanks apart, no blanks at the end of a line, every line ended by "\n".
+QString textTable(const std::vector<QStringList>& rows);
+
+QString yesNo(bool value);
+
+// A caption of the program's windows as a label in text output: without its mnemonic marker
+// and its trailing colon ("&Duration (s):" gives "Duration (s)").
+QString caption(int id);
+
+} // namespace kx::cli

@@ -1,0 +1,157 @@
+#include "cli/ZeroCommand.h"
+
+#include "cli/Console.h"
+#include "cli/ExitCode.h"
+#include "cli/JsonOutput.h"
+#include "cli/TextOutput.h"
+#include "device/PlateDevice.h"
+#include "device/PlateError.h"
+#include "measure/ZeroStatistics.h"
+#include "resources/StringTable.h"
+#include "support/NumberFormat.h"
+#include "support/Rounding.h"
+
+#include <QJsonArray>
+#include <QJsonObject>
+#include <algorithm>
+
+namespace kx::cli {
+
+namespace {
+
+// The library's settling option of a zero acquisition, passed as the plate expects it.
+constexpr qint32 ZeroOption = 30;
+constexpr qsizetype Channels = 4;
+// The zero dialog's captions.
+constexpr int ChannelCaptions = strings::ZeroBlock + 230; // then one number per channel
+
+struct ChannelZero {
+    double average = 0; // codes
+    double deviation = 0;
+    QString codes; // the average as the plate takes it
+    double volts = 0;
+    double snr = 0; // dB
+};
+
+} // namespace
+
+ZeroCommand::ZeroCommand(Console& console, Clock& clock, PlateDriver& driver, Options options,
+                         QObject* parent)
+    : PlateCommand(console, clock, driver, options.serial, strings::ZeroBlock, parent)
+    , m_options(std::move(options)) {}
+
+void ZeroCommand::run(PlateDevice& plate) {
+    connect(&plate, &PlateDevice::ZeroProgress, this, [this](qint32 samples) {
+        console().transient(
+            aboutPlate(QStringLiteral("zero, %1 of %2 samples").arg(samples).arg(m_samples)));
+    });
+    connect(&plate, &PlateDevice::ZeroDone, this,
+            [this](qint32, const ChannelValues& average, const ChannelValues& deviation,
+                   const ChannelValues&) { ZeroDone(average, deviation); });
+    if (!call([&] { m_frequency = plate.SampleFrequency(Which::Current); }))
+        return;
+    m_samples = roundHalfEven(m_options.seconds * static_cast<double>(m_frequency));
+    if (m_samples < 1) {
+        fail(UsageError, aboutPlate(QStringLiteral("%1 s at %2 Hz is not one sample")
+                                        .arg(formatGeneral(m_options.seconds),
+                                             formatNumber(m_frequency, u"0.000"))));
+        return;
+    }
+    m_acquiring = call([&] {
+        plate.FlushData();
+        plate.CalibrateSelf();
+        plate.StartZero(m_samples, true, ZeroOption,
+                        roundHalfEven(0.5 * static_cast<double>(m_frequency)));
+    });
+}
+
+void ZeroCommand::stopAcquisition() {
+    m_acquiring = false;
+    if (plateRemoved())
+        return;
+    try {
+        plate()->StopAcquisition();
+        plate()->AbortAcquisition();
+    } catch (const PlateError&) {
+        // The command ends with the error that stopped it.
+    }
+}
+
+void ZeroCommand::stopEarly(int signal) {
+    stopAcquisition();
+    PlateCommand::stopEarly(signal);
+}
+
+void ZeroCommand::deviceFailure(const QString& line) {
+    stopAcquisition();
+    PlateCommand::deviceFailure(line);
+}
+
+void ZeroCommand::ZeroDone(const ChannelValues& average, const ChannelValues& deviation) {
+    if (!m_acquiring)
+        return;
+    m_acquiring = false;
+    int firmware = 0;
+    int resolution = 0;
+    if (!call([&] {
+            firmware = plate()->FirmwareMajor();
+            resolution = plate()->Resolution();
+        }))
+        return;
+    std::vector<ChannelZero> channels;
+    const qsizetype reported = std::min({average.size(), deviation.size(), Channels});
+    for (qsizetype i = 0; i < reported; ++i) {
+        const double a = average[i];
+        const double s = deviation[i];
+        channels.push_back({.average = a,
+                            .deviation = s,
+                            .codes = formatNumber(a, u"0"),
+                            .volts = zeroCodesToVolts(a),
+                            .snr = zeroSnrDb(s, firmware, resolution)});
+    }
+    // The plate takes the averages as the dialog shows them, in whole codes.
+    if (m_options.write && !call([&] {
+            for (std::size_t c = 0; c < channels.size(); ++c)
+                plate()->SetZeroValue(static_cast<int>(c), Which::Current,
+                                      channels[c].codes.toInt());
+        }))
+        return;
+
+    if (m_options.json) {
+        QJsonArray array;
+        for (std::size_t c = 0; c < channels.size(); ++c) {
+            const ChannelZero& z = channels[c];
+            array.append(QJsonObject{{QStringLiteral("channel"), static_cast<int>(c) + 1},
+                                     {QStringLiteral("averageCodes"), z.average},
+                                     {QStringLiteral("averageVolts"), z.volts},
+                                     {QStringLiteral("rmsNoiseCodes"), z.deviation},
+                                     {QStringLiteral("snrDb"), z.snr}});
+        }
+        console().print(
+            jsonText(QJsonObject{{QStringLiteral("serial"), serial()},
+                                 {QStringLiteral("samplingFrequency"), jsonSingle(m_frequency)},
+                                 {QStringLiteral("samples"), m_samples},
+                                 {QStringLiteral("channels"), array},
+                                 {QStringLiteral("written"), m_options.write}}));
+    } else {
+        std::vector<QStringList> rows{
+            {QString(), QStringLiteral("Average (A/D Code)"), QStringLiteral("Average (V)"),
+             QStringLiteral("RMS Noise (A/D Codes)"), caption(strings::ZeroBlock + 222)}};
+        for (std::size_t c = 0; c < channels.size(); ++c) {
+            const ChannelZero& z = channels[c];
+            rows.push_back({caption(ChannelCaptions + static_cast<int>(c)), z.codes,
+                            formatNumber(z.volts, u"0.000"), formatNumber(z.deviation, u"0.0"),
+                            formatNumber(z.snr, u"0.0")});
+        }
+        QString text = aboutPlate(QStringLiteral("%1 samples at %2 Hz\n")
+                                      .arg(m_samples)
+                                      .arg(formatNumber(m_frequency, u"0.000"))) +
+                       textTable(rows);
+        if (m_options.write)
+            text += QStringLiteral("The averages are the plate's current zero values now.\n");
+        console().print(text);
+    }
+    finish(Success);
+}
+
+} // namespace kx::cli
