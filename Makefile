@@ -52,7 +52,7 @@ bench: build
 
 # The Debian package, $(BUILD)/kxcpl_<version>_<architecture>.deb; see README.md.
 package: configure
-	@cmake --build $(BUILD) -j $(JOBS) --target kxcpl
+	@cmake --build $(BUILD) -j $(JOBS) --target kxcpl kxplate kx_docs
 	@cd $(BUILD) && cpack
 
 # The README's pictures, taken from the real windows on the simulated plates by the window

@@ -20,7 +20,10 @@ deb=$(ls "$work"/kxcpl_*.deb)
 [ "$(dpkg-deb -f "$deb" Version)" = "$version" ] || fail "version is not $version"
 
 dpkg-deb -c "$deb" | awk '{ print $6 }' >"$work/contents"
-for file in usr/bin/kxcpl usr/share/kxcpl/PSND_XX.sts \
+for file in usr/bin/kxcpl usr/bin/kxplate usr/share/kxcpl/PSND_XX.sts \
+    usr/share/man/man1/kxcpl.1.gz usr/share/man/man1/kxplate.1.gz \
+    usr/share/doc/kxcpl/copyright usr/share/doc/kxcpl/changelog.gz \
+    usr/share/bash-completion/completions/kxcpl usr/share/bash-completion/completions/kxplate \
     usr/share/icons/hicolor/16x16/apps/kxcpl.png usr/share/icons/hicolor/32x32/apps/kxcpl.png \
     usr/share/icons/hicolor/48x48/apps/kxcpl.png usr/share/icons/hicolor/256x256/apps/kxcpl.png \
     "usr/share/applications/$desktop_id.desktop" "usr/share/metainfo/$desktop_id.metainfo.xml"; do
@@ -40,6 +43,8 @@ grep -q "/var/lib/kxcpl/Quentral/Plate Control Panel" "$work/control/postinst" 2
 dpkg-deb -x "$deb" "$work/root"
 shown=$("$work/root/usr/bin/kxcpl" --version) || fail "kxcpl --version failed"
 [ "$shown" = "kxcpl $version" ] || fail "kxcpl --version said '$shown'"
+shown=$("$work/root/usr/bin/kxplate" --version) || fail "kxplate --version failed"
+[ "$shown" = "kxplate $version" ] || fail "kxplate --version said '$shown'"
 
 [ "$failures" -eq 0 ] && echo "$deb: complete"
 exit "$failures"
