@@ -18,8 +18,12 @@ QString textTable(const std::vector<QStringList>& rows) {
     QString text;
     for (const QStringList& row : rows) {
         QString line;
-        for (qsizetype column = 0; column < row.size(); ++column)
-            line += row[column].leftJustified(widths[column] + 2);
+        for (qsizetype column = 0; column < row.size(); ++column) {
+            if (column > 0)
+                line += QStringLiteral("  ") + row[column].rightJustified(widths[column]);
+            else
+                line += row[column].leftJustified(widths[column]);
+        }
         while (line.endsWith(u' '))
             line.chop(1);
         text += line + u'\n';

@@ -6,7 +6,8 @@
 namespace kx::cli {
 
 // Rows of text set in columns for a terminal: each column as wide as its widest cell, columns
-// two blanks apart, no blanks at the end of a line, every line ended by "\n".
+// two blanks apart, the first (the rows' names) aligned left and the others (values, so that
+// their decimal points line up) right; no blanks end a line, and every line ends with "\n".
 QString textTable(const std::vector<QStringList>& rows);
 
 QString yesNo(bool value);
