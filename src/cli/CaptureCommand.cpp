@@ -68,7 +68,7 @@ void CaptureCommand::run(PlateDevice& plate) {
     m_startTick = clock().tickCount();
     m_progress->start(ProgressMs);
     const auto ms = static_cast<int>(std::llround(m_options.seconds * 1000.0));
-    clock().singleShot(ms, this, [this] { endCapture(Success); });
+    clock().singleShot(ms, this, [this] { end(Success); });
 }
 
 void CaptureCommand::ForcesIn(qint32 sampleNumber, const Float3& forces, const Float3& volts) {
@@ -96,16 +96,7 @@ void CaptureCommand::showProgress() {
     console().progress(line);
 }
 
-void CaptureCommand::stopEarly(int signal) {
-    endCapture(interruptedExitCode(signal));
-}
-
-void CaptureCommand::deviceFailure(const QString& line) {
-    console().error(line);
-    endCapture(DeviceError);
-}
-
-void CaptureCommand::endCapture(int exitCode) {
+void CaptureCommand::end(int exitCode) {
     if (m_ending)
         return;
     m_ending = true;
@@ -134,14 +125,8 @@ void CaptureCommand::TestDone(qint32, const QList<Float3>& forces, const QList<F
 void CaptureCommand::save() {
     if (isFinished())
         return;
-    if (!plateRemoved()) {
-        try {
-            plate()->StopAcquisition();
-        } catch (const PlateError& error) {
-            console().error(aboutPlate(error.message()));
-            m_exitCode = DeviceError;
-        }
-    }
+    if (!stopAcquisition())
+        m_exitCode = DeviceError;
     if (m_table.isEmpty()) {
         fail(m_exitCode == Success ? DeviceError : m_exitCode,
              aboutPlate(QStringLiteral("no sample was captured; %1 not written")

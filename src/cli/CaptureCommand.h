@@ -44,14 +44,12 @@ public:
 private:
     bool prepare() override;
     void run(PlateDevice& plate) override;
-    void stopEarly(int signal) override;
-    void deviceFailure(const QString& line) override;
+    // Ends the recording; the rows are saved once its block is in, or after the wait.
+    void end(int exitCode) override;
 
     void ForcesIn(qint32 sampleNumber, const Float3& forces, const Float3& volts);
     void TestDone(qint32 count, const QList<Float3>& forces, const QList<Float3>& volts);
     void showProgress();
-    // Ends the recording; the rows are saved once its block is in, or after the wait.
-    void endCapture(int exitCode);
     void save();
     void restorePlate();
 

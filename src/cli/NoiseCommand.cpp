@@ -118,7 +118,7 @@ void NoiseCommand::waitTick() {
 }
 
 void NoiseCommand::startTest() {
-    // A failing call ends the run through deviceFailure().
+    // A failing call ends the run.
     call([this] {
         const double hertz = plate()->SampleFrequency(Which::Current);
         m_samples = std::max(1, roundHalfEven(static_cast<double>(m_plan.testDuration) * hertz));
@@ -143,7 +143,7 @@ void NoiseCommand::ZeroDone(const ChannelValues& r1, const ChannelValues& r2,
     if (m_sequence.advance())
         prepareTest();
     else
-        endRun(Success);
+        end(Success);
 }
 
 void NoiseCommand::saveResults() {
@@ -152,16 +152,7 @@ void NoiseCommand::saveResults() {
                             .arg(QDir::toNativeSeparators(m_file.path())));
 }
 
-void NoiseCommand::stopEarly(int signal) {
-    endRun(interruptedExitCode(signal));
-}
-
-void NoiseCommand::deviceFailure(const QString& line) {
-    console().error(line);
-    endRun(DeviceError);
-}
-
-void NoiseCommand::endRun(int exitCode) {
+void NoiseCommand::end(int exitCode) {
     if (isFinished())
         return;
     if (!m_running) {
@@ -169,18 +160,11 @@ void NoiseCommand::endRun(int exitCode) {
         return;
     }
     m_timer->stop();
-    const bool removed = plateRemoved();
-    if (m_measuring && !removed) {
-        try {
-            plate()->StopAcquisition();
-            plate()->AbortAcquisition();
-        } catch (const PlateError&) {
-            // The run ends with the error that stopped it.
-        }
-    }
+    if (m_measuring)
+        stopAcquisition();
     m_measuring = false;
     saveResults();
-    if (m_savedFrequency && !removed) {
+    if (m_savedFrequency && !plateRemoved()) {
         try {
             plate()->SetSampleFrequency(Which::Current, *m_savedFrequency);
             plate()->SetGageVoltage(Which::Current, *m_savedExcitation);

@@ -42,15 +42,13 @@ public:
 private:
     bool prepare() override;
     void run(PlateDevice& plate) override;
-    void stopEarly(int signal) override;
-    void deviceFailure(const QString& line) override;
+    // Ends the run: the measurement stopped, the file complete, the plate restored.
+    void end(int exitCode) override;
 
     void prepareTest();
     void waitTick();
     void startTest();
     void ZeroDone(const ChannelValues& r1, const ChannelValues& r2, const ChannelValues& r3);
-    // Ends the run: the measurement stopped, the file complete, the plate restored.
-    void endRun(int exitCode);
     void saveResults();
     QString aboutTest() const;
 

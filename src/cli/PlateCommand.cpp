@@ -1,5 +1,6 @@
 #include "cli/PlateCommand.h"
 
+#include "cli/Console.h"
 #include "cli/ExitCode.h"
 #include "cli/PlateFinder.h"
 #include "device/PlateDevice.h"
@@ -63,13 +64,9 @@ void PlateCommand::interrupt(int signal) {
     if (isFinished())
         return;
     if (m_plate)
-        stopEarly(signal);
+        end(interruptedExitCode(signal));
     else
         Command::interrupt(signal);
-}
-
-void PlateCommand::stopEarly(int signal) {
-    Command::interrupt(signal);
 }
 
 void PlateCommand::deviceEvent(DeviceEvent event) {
@@ -87,7 +84,8 @@ void PlateCommand::deviceEvent(DeviceEvent event) {
 }
 
 void PlateCommand::deviceFailure(const QString& line) {
-    fail(DeviceError, line);
+    console().error(line);
+    end(DeviceError);
 }
 
 bool PlateCommand::call(const std::function<void()>& calls) {
@@ -96,6 +94,19 @@ bool PlateCommand::call(const std::function<void()>& calls) {
         return true;
     } catch (const PlateError& error) {
         deviceFailure(aboutPlate(error.message()));
+        return false;
+    }
+}
+
+bool PlateCommand::stopAcquisition() {
+    if (m_removed)
+        return true;
+    try {
+        m_plate->StopAcquisition();
+        m_plate->AbortAcquisition();
+        return true;
+    } catch (const PlateError& error) {
+        console().error(aboutPlate(error.message()));
         return false;
     }
 }

@@ -35,15 +35,16 @@ protected:
     // the command has failed.
     virtual bool prepare() { return true; }
     virtual void run(PlateDevice& plate) = 0;
-    // Ctrl+C or SIGTERM once run() has begun; ends at once unless overridden.
-    virtual void stopEarly(int signal);
-    // A plate call failed, or the plate reported a fault its dialog reacts to; `line` names
-    // the plate and says what happened (a fault in the first line of the dialog's message).
-    // Ends the command with a device error unless overridden.
-    virtual void deviceFailure(const QString& line);
+    // How the command ends once run() has begun: after it is done, on Ctrl+C or SIGTERM, or
+    // on a device failure (a failing call, or a fault the dialog reacts to, told in one line
+    // first). At once unless overridden by a command that has something to keep or put back.
+    virtual void end(int exitCode) { finish(exitCode); }
 
-    // Runs plate calls; a failing one goes to deviceFailure() and false is returned.
+    // Runs plate calls; when one fails, the failure is told and the command ends; false then.
     bool call(const std::function<void()>& calls);
+    // Stops and aborts whatever the plate acquires, as a dialog's stop does; nothing once the
+    // plate is gone. A failing call is told in one line; false then.
+    bool stopAcquisition();
     // "plate 20418: <what>"
     QString aboutPlate(const QString& what) const;
     Clock& clock() const { return m_clock; }
@@ -54,6 +55,7 @@ protected:
 private:
     void found();
     void deviceEvent(DeviceEvent event);
+    void deviceFailure(const QString& line);
 
     Clock& m_clock;
     PlateDriver& m_driver;

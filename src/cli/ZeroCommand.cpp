@@ -65,26 +65,11 @@ void ZeroCommand::run(PlateDevice& plate) {
     });
 }
 
-void ZeroCommand::stopAcquisition() {
+void ZeroCommand::end(int exitCode) {
+    if (m_acquiring)
+        stopAcquisition();
     m_acquiring = false;
-    if (plateRemoved())
-        return;
-    try {
-        plate()->StopAcquisition();
-        plate()->AbortAcquisition();
-    } catch (const PlateError&) {
-        // The command ends with the error that stopped it.
-    }
-}
-
-void ZeroCommand::stopEarly(int signal) {
-    stopAcquisition();
-    PlateCommand::stopEarly(signal);
-}
-
-void ZeroCommand::deviceFailure(const QString& line) {
-    stopAcquisition();
-    PlateCommand::deviceFailure(line);
+    finish(exitCode);
 }
 
 void ZeroCommand::ZeroDone(const ChannelValues& average, const ChannelValues& deviation) {

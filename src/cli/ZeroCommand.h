@@ -24,10 +24,8 @@ public:
 
 private:
     void run(PlateDevice& plate) override;
-    void stopEarly(int signal) override;
-    void deviceFailure(const QString& line) override;
+    void end(int exitCode) override;
     void ZeroDone(const ChannelValues& average, const ChannelValues& deviation);
-    void stopAcquisition();
 
     Options m_options;
     float m_frequency = 0;
