@@ -30,7 +30,6 @@ CaptureCommand::CaptureCommand(Console& console, Clock& clock, PlateDriver& driv
     , m_options(std::move(options))
     , m_progress(clock.createTimer(this)) {
     connect(m_progress, &Timer::timeout, this, &CaptureCommand::showProgress);
-    connect(this, &Command::finished, this, &CaptureCommand::restorePlate);
 }
 
 bool CaptureCommand::prepare() {
@@ -103,7 +102,7 @@ void CaptureCommand::end(int exitCode) {
     m_exitCode = exitCode;
     m_progress->stop();
     if (!m_capturing) {
-        finish(exitCode); // nothing was recorded
+        finishCapture(exitCode); // nothing was recorded
         return;
     }
     m_capturing = false;
@@ -128,9 +127,9 @@ void CaptureCommand::save() {
     if (!stopAcquisition())
         m_exitCode = DeviceError;
     if (m_table.isEmpty()) {
-        fail(m_exitCode == Success ? DeviceError : m_exitCode,
-             aboutPlate(QStringLiteral("no sample was captured; %1 not written")
-                            .arg(QDir::toNativeSeparators(m_options.output))));
+        console().error(aboutPlate(QStringLiteral("no sample was captured; %1 not written")
+                                       .arg(QDir::toNativeSeparators(m_options.output))));
+        finishCapture(m_exitCode == Success ? DeviceError : m_exitCode);
         return;
     }
     const RescueSave saved =
@@ -141,7 +140,8 @@ void CaptureCommand::save() {
             return written;
         });
     if (!saved.ok() || saved.rescued()) {
-        fail(FileError, saved.message());
+        console().error(saved.message());
+        finishCapture(FileError);
         return;
     }
     const auto samples = std::count_if(m_table.begin(), m_table.end(),
@@ -149,21 +149,24 @@ void CaptureCommand::save() {
     console().progress(aboutPlate(QStringLiteral("%1 samples saved in %2")
                                       .arg(samples)
                                       .arg(QDir::toNativeSeparators(saved.path))));
-    finish(m_exitCode);
+    finishCapture(m_exitCode);
 }
 
-void CaptureCommand::restorePlate() {
-    if (!plate() || plateRemoved())
-        return;
-    try {
-        if (m_savedFrequency)
-            plate()->SetSampleFrequency(Which::Current, *m_savedFrequency);
-        if (m_savedResolution)
-            plate()->SetResolution(*m_savedResolution);
-    } catch (const PlateError& error) {
-        console().error(
-            aboutPlate(QStringLiteral("its settings could not be restored: ") + error.message()));
+void CaptureCommand::finishCapture(int exitCode) {
+    if (!plateRemoved()) {
+        try {
+            if (m_savedFrequency)
+                plate()->SetSampleFrequency(Which::Current, *m_savedFrequency);
+            if (m_savedResolution)
+                plate()->SetResolution(*m_savedResolution);
+        } catch (const PlateError& error) {
+            console().error(aboutPlate(QStringLiteral("its settings could not be put back: ") +
+                                       error.message()));
+            if (exitCode == Success)
+                exitCode = DeviceError;
+        }
     }
+    finish(exitCode);
 }
 
 } // namespace kx::cli

@@ -51,7 +51,9 @@ private:
     void TestDone(qint32 count, const QList<Float3>& forces, const QList<Float3>& volts);
     void showProgress();
     void save();
-    void restorePlate();
+    // The plate's settings put back, then the end; a failure to put them back is a device
+    // error.
+    void finishCapture(int exitCode);
 
     Options m_options;
     DisplayType m_signalSet = DisplayType::Forces;

@@ -14,6 +14,10 @@ Console::Console(QIODevice& out, QIODevice& err, bool errIsTerminal)
     , m_err(err)
     , m_terminal(errIsTerminal) {}
 
+Console::~Console() {
+    endProgressLine();
+}
+
 void Console::write(QIODevice& device, const QString& text) {
     device.write(text.toUtf8());
 }

@@ -13,6 +13,10 @@ namespace kx::cli {
 class Console {
 public:
     Console(QIODevice& out, QIODevice& err, bool errIsTerminal);
+    // Ends a progress line still shown, so that the shell's prompt starts on a line of its own.
+    ~Console();
+    Console(const Console&) = delete;
+    Console& operator=(const Console&) = delete;
 
     void print(const QString& text);
     void error(const QString& line);

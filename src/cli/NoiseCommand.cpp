@@ -170,7 +170,7 @@ void NoiseCommand::end(int exitCode) {
             plate()->SetGageVoltage(Which::Current, *m_savedExcitation);
         } catch (const PlateError& error) {
             console().error(aboutPlate(QStringLiteral("its frequency and excitation could not be "
-                                                      "restored: ") +
+                                                      "put back: ") +
                                        error.message()));
             exitCode = exitCode == Success ? DeviceError : exitCode;
         }
