@@ -10,6 +10,7 @@ packages=(
     dpkg-dev desktop-file-utils appstream
     libeigen3-dev
     poppler-utils
+    man-db lintian
 )
 
 missing=()

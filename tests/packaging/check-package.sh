@@ -1,7 +1,7 @@
 #!/bin/sh
-# Builds the Debian package from a build tree into a scratch folder and checks that it holds
-# what an installed program needs, that it depends on the Qt 6 runtime, makes the shared
-# profile folder, and that the program in it runs.
+# Builds the Debian package from a build tree into a scratch folder and checks that lintian
+# passes it, that it holds what an installed program needs, that it depends on the Qt 6
+# runtime, makes the shared profile folder, and that the programs in it run.
 # Usage: check-package.sh BUILD_DIR VERSION DESKTOP_ID
 set -eu
 build=$1 version=$2 desktop_id=$3
@@ -34,6 +34,11 @@ depends=$(dpkg-deb -f "$deb" Depends)
 for runtime in libqt6core6 libqt6gui6 libqt6widgets6 libqt6multimedia6 qt6-qpa-plugins; do
     echo "$depends" | grep -q "\b$runtime\b" || fail "no dependency on $runtime: $depends"
 done
+
+# Debian's own checks: no error and no warning (its note about running as root is not one).
+if ! lintian --fail-on error,warning "$deb" >"$work/lintian.log" 2>&1; then
+    fail "lintian: $(grep -v 'root privileges' "$work/lintian.log" | tr '\n' ' ')"
+fi
 
 dpkg-deb -e "$deb" "$work/control"
 [ -x "$work/control/postinst" ] || fail "no executable postinst"
