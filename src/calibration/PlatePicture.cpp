@@ -75,17 +75,22 @@ double doesNotFitRadius(double radius) {
     return radius + std::max(3.0, 0.3 * radius);
 }
 
-// The true size of a shortened arrow, beyond its tail.
+// The true size of a shortened arrow, beside its tail on the arrow's left. Two arrows that
+// point at each other's marks stand on one line; their sizes then fall on either side of it.
 void drawArrowLength(QPainter& painter, const PlateDrawing::Arrow& arrow, const PlateView& view) {
     const QString text =
         strings::text(c::PictureArrowLength).arg(formatNumber(arrow.error * 1000, u"0.0"));
     const QFontMetricsF metrics(painter.font());
     const QSizeF size(metrics.horizontalAdvance(text) + 2, metrics.height());
-    QLineF away(view.toDevice(arrow.tail), view.toDevice(arrow.tip));
-    away.setAngle(away.angle() + 180);
-    away.setLength(std::hypot(size.width(), size.height()) / 2 + 2);
+    const QPointF tail = view.toDevice(arrow.tail);
+    QLineF shaft(tail, view.toDevice(arrow.tip));
+    shaft.setLength(1);
+    // Y points down on the device: (y, −x) is the left of the way the arrow points.
+    const QPointF left(shaft.dy(), -shaft.dx());
+    const double clear =
+        std::abs(left.x()) * size.width() / 2 + std::abs(left.y()) * size.height() / 2 + 3;
     QRectF box(QPointF(), size);
-    box.moveCenter(away.p2());
+    box.moveCenter(tail + left * clear);
     painter.setPen(ErrorArrowColour);
     painter.drawText(box, Qt::AlignCenter, text);
 }
