@@ -14,7 +14,7 @@ namespace kx {
 
 namespace {
 namespace c = strings::calibrate;
-using Uncertainties = std::array<std::array<double, 3>, 3>;
+using Uncertainties = FitDiagnostics::Elements;
 
 // A caption as a label or heading: without its mnemonic marker and trailing colon.
 QString caption(int id) {
@@ -37,7 +37,7 @@ QStringList heads(int first, int count) {
     return texts;
 }
 
-// Rows Fz, Mx, My by the bridge channels; each element "0.000" and, when known, its standard
+// Rows Fz, Mx, My by the bridge channels; each element "0.000" and, when known, its expanded
 // uncertainty times `uncertaintyFactor`.
 ReportTable matrixTable(const CalMatrix& matrix, const std::optional<Uncertainties>& uncertainty,
                         double uncertaintyFactor) {
@@ -49,7 +49,7 @@ ReportTable matrixTable(const CalMatrix& matrix, const std::optional<Uncertainti
         for (std::size_t column = 0; column < 3; ++column) {
             QString cell = formatNumber(matrix[row][column], u"0.000");
             if (uncertainty)
-                cell += u' ' + strings::text(c::ElementUncertainty)
+                cell += u' ' + strings::text(c::ReportElementUncertainty)
                                    .arg(formatNumber(
                                        (*uncertainty)[row][column] * uncertaintyFactor, u"0.000"));
             cells << cell;
@@ -118,11 +118,18 @@ ReportSection conditionsSection(const CalEnvironment& environment) {
 
 ReportSection scalingSection(const CalibrationRecord& record, const CalMatrix& matrix) {
     ReportSection section{.heading = caption(c::ScalingFrame)};
-    section.table = ReportTable{heads(c::LinearityColumnFz, 4),
-                                LinearityScaling::gridRows(matrix, record.steps)};
+    const bool performed = std::any_of(record.steps.begin(), record.steps.end(),
+                                       [](const LinearityStep& step) { return step.done; });
+    if (performed)
+        section.table = ReportTable{heads(c::LinearityColumnFz, 4),
+                                    LinearityScaling::gridRows(matrix, record.steps)};
+    else
+        add(section.fields, c::ReportLinearity, strings::text(c::ReportNotPerformed));
     add(section.fields, c::ScalingValueFrame, formatNumber(record.scaleValue, u"0.0000"));
-    add(section.fields, c::ScaleSuggested,
-        formatNumber(LinearityScaling::suggestedValue(matrix, record.steps), u"0.0000"));
+    // Without a step the suggestion is no finding, only the rule's starting value.
+    if (performed)
+        add(section.fields, c::ScaleSuggested,
+            formatNumber(LinearityScaling::suggestedValue(matrix, record.steps), u"0.0000"));
     return section;
 }
 
@@ -131,7 +138,7 @@ ReportSection scalingSection(const CalibrationRecord& record, const CalMatrix& m
 std::optional<CalibrationReport> CalibrationReport::build(const Calibration& calibration,
                                                           const ReportFacts& facts) {
     if (!calibration.fit || calibration.fit->points.empty() ||
-        std::size_t(calibration.fit->points.front()) >= calibration.record.points.size())
+        !MatrixFit::matches(*calibration.fit, calibration.record.points))
         return std::nullopt;
     const FitResult& fit = *calibration.fit;
     const CalibrationRecord& record = calibration.record;
@@ -151,7 +158,9 @@ std::optional<CalibrationReport> CalibrationReport::build(const Calibration& cal
     ReportSection scaledSection{
         .heading = caption(c::ReportScaledMatrix),
         .table = matrixTable(scaled, uncertainty, std::abs(double(record.scaleValue))),
-        .notes = {strings::text(c::ScaledMatrixCaption)}};
+        .notes = {strings::text(c::ScaledMatrixCaption),
+                  strings::text(facts.plateMatrix == scaled ? c::ReportScaledHeld
+                                                            : c::ReportScaledNotWritten)}};
     report.pages.push_back(
         {{plateSection(calibration, fit, facts), conditionsSection(record.environment), fitted,
           scaledSection, scalingSection(record, fit.matrix)}});

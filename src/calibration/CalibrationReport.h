@@ -1,5 +1,6 @@
 #pragma once
 
+#include "calibration/CalMatrix.h"
 #include "calibration/PlateDrawing.h"
 
 #include <QString>
@@ -48,6 +49,8 @@ struct ReportFacts {
     QString calFileName; // the calibration file's name; empty when never saved
     float maxZeroStdDev; // converter codes
     float maxDataStdDev; // normalised volts
+    // The matrix the plate held when the report was made; none when it was not read.
+    std::optional<CalMatrix> plateMatrix{};
 };
 
 // The calibration certificate as words and numbers, laid out by a painter of its own: title,
@@ -59,8 +62,10 @@ struct CalibrationReport {
     PlateDrawing plate;  // to scale, without a current point
     QString pageNumbers; // %1 this page, %2 the count
 
-    // Nothing when the calibration has no fitted matrix: a certificate states one. The
-    // operator is the current one, or the one on file when none is given.
+    // Nothing when the calibration has no fitted matrix, or its fit is no longer the fit of its
+    // points: a certificate states a matrix with the points it was fitted to. The operator is
+    // the current one, or the one on file when none is given. The scaled matrix is said to be
+    // in the plate only when the plate held it.
     static std::optional<CalibrationReport> build(const Calibration& calibration,
                                                   const ReportFacts& facts);
 

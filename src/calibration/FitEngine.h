@@ -10,6 +10,7 @@ namespace kx {
 struct FitProducts {
     Eigen::MatrixXd C;
     Eigen::MatrixXd F;
+    QString source; // the program that computed them; empty for the built-in fit
 };
 
 // Computes the least-squares matrix from the expected loads L (3 × N) and the signals S

@@ -48,11 +48,23 @@ QString FitSummary::text(const FitResult& fit, Uncertainty uncertainty) {
                  .arg(formatNumber(d.residualRms[0], u"0.000"))
                  .arg(formatNumber(d.residualRms[1], u"0.0000"))
                  .arg(formatNumber(d.residualRms[2], u"0.0000"));
-    if (uncertainty == Uncertainty::Summarised) {
-        if (const std::optional<double> relative = largestRelativeUncertainty(fit))
-            lines << strings::text(c::FitUncertainty).arg(formatNumber(*relative, u"0.000"));
+    if (!d.uncertainty) {
+        lines << strings::text(c::FitNoUncertainty).arg(fit.m + MinDegreesOfFreedom);
+    } else {
+        const QString k = formatNumber(d.coverageFactor, u"0.00");
+        if (uncertainty == Uncertainty::Summarised)
+            lines << strings::text(c::FitUncertainty)
+                         .arg(formatNumber(largestRelativeUncertainty(fit).value_or(0), u"0.000"),
+                              k, QString::number(d.degreesOfFreedom));
         else
-            lines << strings::text(c::FitNoUncertainty);
+            lines << strings::text(c::FitExpandedUncertainty)
+                         .arg(k, QString::number(d.degreesOfFreedom),
+                              formatNumber(FitDiagnostics::CellCurvature * 100, u"0.000"));
+        if (d.degreesOfFreedom < MinDegreesOfFreedom)
+            lines << strings::text(c::FitFewDegrees)
+                         .arg(d.degreesOfFreedom)
+                         .arg(fit.m)
+                         .arg(fit.m + MinDegreesOfFreedom);
     }
     QStringList outliers;
     for (std::size_t k = 0; k < d.flagged.size() && k < fit.points.size(); ++k) {

@@ -2,6 +2,7 @@
 
 #include "calibration/BuiltInFitEngine.h"
 #include "calibration/CalibrationRecord.h"
+#include "calibration/CoverageFactor.h"
 #include "resources/StringTable.h"
 
 #include <Eigen/Cholesky>
@@ -12,6 +13,8 @@
 namespace kx {
 
 namespace {
+
+namespace c = strings::calibrate;
 
 constexpr double NaN = std::numeric_limits<double>::quiet_NaN();
 // A row whose residuals are this small against its loads fits exactly: its standardised
@@ -40,12 +43,16 @@ FitDiagnostics diagnose(const Eigen::MatrixXd& L, const Eigen::MatrixXd& S,
         d.residualRms[static_cast<std::size_t>(i)] = std::sqrt(R.row(i).squaredNorm() / double(n));
 
     if (n > m) {
-        std::array<std::array<double, 3>, 3> u{};
+        d.degreesOfFreedom = static_cast<int>(n - m);
+        d.coverageFactor = coverageFactor95(d.degreesOfFreedom);
+        FitDiagnostics::Elements u{};
         for (Eigen::Index i = 0; i < 3; ++i) {
             const double variance = R.row(i).squaredNorm() / double(n - m);
-            for (Eigen::Index j = 0; j < m; ++j)
+            for (Eigen::Index j = 0; j < m; ++j) {
+                const double curvature = FitDiagnostics::CellCurvature * C(i, j);
                 u[static_cast<std::size_t>(i)][static_cast<std::size_t>(j)] =
-                    std::sqrt(variance * Qi(j, j));
+                    d.coverageFactor * std::sqrt(variance * Qi(j, j) + curvature * curvature);
+            }
         }
         d.uncertainty = u;
     }
@@ -85,6 +92,36 @@ FitDiagnostics diagnose(const Eigen::MatrixXd& L, const Eigen::MatrixXd& S,
     return d;
 }
 
+bool same(const Eigen::MatrixXd& a, const Eigen::MatrixXd& b) {
+    return a.rows() == b.rows() && a.cols() == b.cols() && a == b;
+}
+
+// The largest difference of an element of `theirs` from `own`, as a share of the largest
+// element of its row; infinite when the shapes differ or a value is not a number.
+double disagreement(const Eigen::MatrixXd& theirs, const Eigen::MatrixXd& own) {
+    if (theirs.rows() != own.rows() || theirs.cols() != own.cols() || !theirs.allFinite())
+        return std::numeric_limits<double>::infinity();
+    double largest = 0;
+    for (Eigen::Index i = 0; i < own.rows(); ++i) {
+        const double scale = own.row(i).cwiseAbs().maxCoeff();
+        const double off = (theirs.row(i) - own.row(i)).cwiseAbs().maxCoeff();
+        largest = std::max(largest, scale > 0 ? off / scale : off);
+    }
+    return largest;
+}
+
+double disagreement(const FitProducts& theirs, const FitProducts& own) {
+    return std::max(disagreement(theirs.C, own.C), disagreement(theirs.F, own.F));
+}
+
+// A share as a percentage of two significant figures, without an exponent: 0.0012, 0.50, 100.
+QString percentText(double share) {
+    const double percent = share * 100;
+    const int decimals =
+        percent > 0 && percent < 10 ? 1 - static_cast<int>(std::floor(std::log10(percent))) : 0;
+    return QString::number(percent, 'f', decimals);
+}
+
 } // namespace
 
 FitOutcome MatrixFit::compute(const std::vector<CalPoint>& points, FitEngine& engine) {
@@ -100,7 +137,7 @@ FitOutcome MatrixFit::compute(const std::vector<CalPoint>& points, FitEngine& en
 std::optional<FitProblem> MatrixFit::pose(const std::vector<CalPoint>& points, QString& error) {
     const int m = signalRows(points);
     if (m == 0) {
-        error = strings::text(strings::calibrate::FitNoSignal);
+        error = strings::text(c::FitNoSignal);
         return std::nullopt;
     }
     FitProblem problem;
@@ -110,7 +147,7 @@ std::optional<FitProblem> MatrixFit::pose(const std::vector<CalPoint>& points, Q
             problem.points.push_back(static_cast<int>(i));
     const auto n = static_cast<Eigen::Index>(problem.points.size());
     if (n < m) {
-        error = strings::text(strings::calibrate::FitTooFewPoints).arg(m).arg(n);
+        error = strings::text(c::FitTooFewPoints).arg(m).arg(n);
         return std::nullopt;
     }
 
@@ -131,8 +168,7 @@ std::optional<FitProblem> MatrixFit::pose(const std::vector<CalPoint>& points, Q
     problem.conditionNumber =
         sv(m - 1) > 0 ? sv(0) / sv(m - 1) : std::numeric_limits<double>::infinity();
     if (!(problem.conditionNumber <= MaxConditionNumber)) {
-        error = strings::text(strings::calibrate::FitIllConditioned)
-                    .arg(problem.conditionNumber, 0, 'g', 3);
+        error = strings::text(c::FitIllConditioned).arg(problem.conditionNumber, 0, 'g', 3);
         return std::nullopt;
     }
     return problem;
@@ -141,17 +177,26 @@ std::optional<FitProblem> MatrixFit::pose(const std::vector<CalPoint>& points, Q
 FitOutcome MatrixFit::complete(const FitProblem& problem, std::optional<FitProducts> products,
                                const QString& engineError) {
     FitOutcome outcome;
+    QString unused;
+    const std::optional<FitProducts> own = BuiltInFitEngine().compute(problem.L, problem.S, unused);
+    if (!own) {
+        outcome.error = strings::text(c::FitIllConditioned).arg(problem.conditionNumber, 0, 'g', 3);
+        return outcome;
+    }
     FitResult result;
-    if (!products) {
-        result.engineError = engineError;
-        QString builtInError;
-        products = BuiltInFitEngine().compute(problem.L, problem.S, builtInError);
-        if (!products) {
-            outcome.error = strings::text(strings::calibrate::FitIllConditioned)
-                                .arg(problem.conditionNumber, 0, 'g', 3);
-            return outcome;
+    result.engineError = products ? QString() : engineError;
+    if (products) {
+        const double off = disagreement(*products, *own);
+        const double tolerance = std::max(
+            EngineTolerance, EngineRounding * problem.conditionNumber * problem.conditionNumber);
+        if (off > tolerance) {
+            result.engineError =
+                strings::text(c::EngineDisagrees).arg(products->source, percentText(off));
+            products.reset();
         }
     }
+    if (!products)
+        products = own;
     const Eigen::MatrixXd& C = products->C;
     const Eigen::MatrixXd& F = products->F;
     const Eigen::MatrixXd& L = problem.L;
@@ -176,8 +221,17 @@ FitOutcome MatrixFit::complete(const FitProblem& problem, std::optional<FitProdu
         result.errors.push_back(row);
     }
     result.diagnostics = diagnose(L, problem.S, C, problem.conditionNumber);
+    result.problem = problem;
     outcome.result = std::move(result);
     return outcome;
+}
+
+bool MatrixFit::matches(const FitResult& fit, const std::vector<CalPoint>& points) {
+    QString unused;
+    const std::optional<FitProblem> now = pose(points, unused);
+    const FitProblem& then = fit.problem;
+    return now && now->m == then.m && now->points == then.points && now->marks == then.marks &&
+           same(now->L, then.L) && same(now->S, then.S);
 }
 
 } // namespace kx

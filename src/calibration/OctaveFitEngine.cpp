@@ -5,6 +5,7 @@
 #include <QFileInfo>
 #include <QProcess>
 #include <QStandardPaths>
+#include <cmath>
 
 namespace kx {
 
@@ -70,7 +71,10 @@ std::optional<FitProducts> OctaveFitEngine::answer(QProcess& ended, Eigen::Index
                     .arg(program, QString::fromLocal8Bit(ended.readAllStandardError()).trimmed());
         return std::nullopt;
     }
-    const QList<QByteArray> lines = ended.readAllStandardOutput().split('\n');
+    QList<QByteArray> lines = ended.readAllStandardOutput().split('\n');
+    // A CR before each LF, as a Windows build writes its lines, is no part of the marker.
+    for (QByteArray& line : lines)
+        line = line.trimmed();
     const qsizetype start = lines.indexOf(QByteArray(ResultMarker));
     const qsizetype expected = static_cast<qsizetype>(3 * m + 3 * n);
     if (start < 0 || lines.size() - start - 1 < expected) {
@@ -80,8 +84,8 @@ std::optional<FitProducts> OctaveFitEngine::answer(QProcess& ended, Eigen::Index
     std::vector<double> values;
     for (qsizetype i = 0; i < expected; ++i) {
         bool ok = false;
-        values.push_back(lines[start + 1 + i].trimmed().toDouble(&ok));
-        if (!ok) {
+        values.push_back(lines[start + 1 + i].toDouble(&ok));
+        if (!ok || !std::isfinite(values.back())) {
             error = strings::text(c::EngineNoResult).arg(program);
             return std::nullopt;
         }
@@ -89,6 +93,7 @@ std::optional<FitProducts> OctaveFitEngine::answer(QProcess& ended, Eigen::Index
     FitProducts products;
     products.C = Eigen::Map<const Eigen::MatrixXd>(values.data(), 3, m);
     products.F = Eigen::Map<const Eigen::MatrixXd>(values.data() + 3 * m, 3, n);
+    products.source = program;
     return products;
 }
 

@@ -1,6 +1,7 @@
 #include "calibration/PlatePicture.h"
 
 #include "resources/StringTable.h"
+#include "support/NumberFormat.h"
 
 #include <QHelpEvent>
 #include <QLineF>
@@ -21,14 +22,18 @@ constexpr int LegendZero = c::PictureZero;
 constexpr int LegendData = c::PictureData;
 constexpr int TooltipPoint = c::PicturePoint;
 constexpr int LegendArrow = c::PictureArrow;
+constexpr int LegendDoesNotFit = c::PictureDoesNotFit;
 
 constexpr double MarginPixels = 6;
 const QColor PlateFill(236, 236, 230);
 const QColor NoZeroFill(Qt::white);
 const QColor ZeroFill(255, 196, 64);
 const QColor DataFill(64, 176, 80);
-const QColor CurrentRing(200, 0, 0);
-const QColor ArrowColour(0, 64, 200);
+// Black, so that red says only that a point does not fit.
+const QColor CurrentRing(Qt::black);
+constexpr double CurrentRingWidth = 3;
+constexpr double DoesNotFitRingWidth = 2.5;
+constexpr int LegendLines = 3;
 
 QColor markFill(const PlateDrawing::Mark& mark) {
     if (mark.data)
@@ -62,13 +67,39 @@ void drawArrow(QPainter& painter, QPointF from, QPointF to) {
 }
 
 double legendHeight(const QFont& font) {
-    return 2 * QFontMetricsF(font).height() + 4;
+    return LegendLines * QFontMetricsF(font).height() + 4;
 }
 
-// The legend takes two lines above the plate: the mark states, then the current point's ring
-// (when a point is current) and, after a fit, the length of a 1 mm error arrow.
+// Round a mark of `radius` pixels, clear of its rim.
+double doesNotFitRadius(double radius) {
+    return radius + std::max(3.0, 0.3 * radius);
+}
+
+// The true size of a shortened arrow, beside its tail on the arrow's left. Two arrows that
+// point at each other's marks stand on one line; their sizes then fall on either side of it.
+void drawArrowLength(QPainter& painter, const PlateDrawing::Arrow& arrow, const PlateView& view) {
+    const QString text =
+        strings::text(c::PictureArrowLength).arg(formatNumber(arrow.error * 1000, u"0.0"));
+    const QFontMetricsF metrics(painter.font());
+    const QSizeF size(metrics.horizontalAdvance(text) + 2, metrics.height());
+    const QPointF tail = view.toDevice(arrow.tail);
+    QLineF shaft(tail, view.toDevice(arrow.tip));
+    shaft.setLength(1);
+    // Y points down on the device: (y, −x) is the left of the way the arrow points.
+    const QPointF left(shaft.dy(), -shaft.dx());
+    const double clear =
+        std::abs(left.x()) * size.width() / 2 + std::abs(left.y()) * size.height() / 2 + 3;
+    QRectF box(QPointF(), size);
+    box.moveCenter(tail + left * clear);
+    painter.setPen(ErrorArrowColour);
+    painter.drawText(box, Qt::AlignCenter, text);
+}
+
+// The legend takes three lines above the plate: the mark states; the current point's ring
+// (when a point is current) and the ring of a point that does not fit (when one does not);
+// after a fit, a 1 mm error arrow and which way it points.
 void drawLegend(QPainter& painter, const QRectF& area, const PlateView& view, bool current,
-                bool arrows) {
+                bool doesNotFit, bool arrows) {
     const QFontMetricsF metrics(painter.font());
     const double r = metrics.height() / 3;
     double x = area.left() + MarginPixels + r;
@@ -91,12 +122,15 @@ void drawLegend(QPainter& painter, const QRectF& area, const PlateView& view, bo
     entry(DataFill, Qt::black, 1, LegendData);
     newLine();
     if (current)
-        entry(Qt::transparent, CurrentRing, 3, LegendCurrent);
+        entry(Qt::transparent, CurrentRing, CurrentRingWidth, LegendCurrent);
+    if (doesNotFit)
+        entry(Qt::transparent, DoesNotFitRing, DoesNotFitRingWidth, LegendDoesNotFit);
     if (!arrows)
         return;
+    newLine();
     const double length = 0.001 * ErrorMagnification * view.pixelsPerMetre();
     const double middle = line + metrics.height() / 2;
-    painter.setPen(QPen(ArrowColour, 2));
+    painter.setPen(QPen(ErrorArrowColour, 2));
     drawArrow(painter, QPointF(x - r, middle), QPointF(x - r + length, middle));
     painter.setPen(Qt::black);
     painter.drawText(QPointF(x - r + length + 6, line + metrics.ascent()),
@@ -152,30 +186,39 @@ void paintPlate(QPainter& painter, const QRectF& area, const PlateDrawing& drawi
     }
 
     const double radius = drawing.markRadius * view.pixelsPerMetre();
+    bool doesNotFit = false;
     for (std::size_t i = 0; i < drawing.marks.size(); ++i) {
         const PlateDrawing::Mark& mark = drawing.marks[i];
         const QPointF centre = view.toDevice(mark.position);
         const bool current = static_cast<int>(i) == drawing.current;
-        painter.setPen(current ? QPen(CurrentRing, 3) : QPen(Qt::black, 1));
+        painter.setPen(current ? QPen(CurrentRing, CurrentRingWidth) : QPen(Qt::black, 1));
         painter.setBrush(markFill(mark));
         painter.drawEllipse(centre, radius, radius);
+        if (mark.flagged) {
+            doesNotFit = true;
+            painter.setPen(QPen(DoesNotFitRing, DoesNotFitRingWidth));
+            painter.setBrush(Qt::NoBrush);
+            const double ring = doesNotFitRadius(radius);
+            painter.drawEllipse(centre, ring, ring);
+        }
         painter.setPen(Qt::black);
         painter.drawText(QRectF(centre.x() - radius, centre.y() - radius, 2 * radius, 2 * radius),
                          Qt::AlignCenter, QString::number(i + 1));
     }
     bool arrows = false;
-    painter.setPen(QPen(ArrowColour, 2));
-    for (const PlateDrawing::Mark& mark : drawing.marks) {
-        if (!mark.copError)
+    for (std::size_t i = 0; i < drawing.marks.size(); ++i) {
+        const std::optional<PlateDrawing::Arrow> arrow = drawing.arrow(i);
+        if (!arrow)
             continue;
         arrows = true;
-        // From the mark towards where the fitted matrix puts the weight.
-        const QPointF towards = mark.position - *mark.copError * ErrorMagnification;
-        drawArrow(painter, view.toDevice(mark.position), view.toDevice(towards));
+        painter.setPen(QPen(ErrorArrowColour, 2));
+        drawArrow(painter, view.toDevice(arrow->tail), view.toDevice(arrow->tip));
+        if (arrow->shortened)
+            drawArrowLength(painter, *arrow, view);
     }
     const bool anyCurrent =
         drawing.current >= 0 && std::size_t(drawing.current) < drawing.marks.size();
-    drawLegend(painter, area, view, anyCurrent, arrows);
+    drawLegend(painter, area, view, anyCurrent, doesNotFit, arrows);
     painter.restore();
 }
 
@@ -229,6 +272,8 @@ bool PlatePicture::event(QEvent* event) {
             QString state = strings::text(stateText(mark));
             if (static_cast<int>(i) == m_drawing.current)
                 state += QStringLiteral(", ") + strings::text(LegendCurrent).toLower();
+            if (mark.flagged)
+                state += QStringLiteral(", ") + strings::text(LegendDoesNotFit).toLower();
             QToolTip::showText(help->globalPos(), strings::text(TooltipPoint).arg(i + 1).arg(state),
                                this);
             return true;

@@ -2,6 +2,7 @@
 
 #include "calibration/PlateDrawing.h"
 
+#include <QColor>
 #include <QFont>
 #include <QPointF>
 #include <QRectF>
@@ -31,16 +32,18 @@ private:
     double m_scale = 1;
 };
 
-// The part of a picture's area that the plate takes: all but the legend line at the top.
+// The part of a picture's area that the plate takes: all but the legend lines at the top.
 QRectF plateArea(const QRectF& area, const QFont& font);
 
 // Draws the plate top with its point marks, their states, the current point, a legend and,
-// after a fit, each point's centre-of-pressure error as an arrow magnified ErrorMagnification
-// times. Paints onto any painter, so a printed report draws the same picture.
+// after a fit, each point's centre-of-pressure error as an arrow (PlateDrawing::Arrow) with the
+// true size beside a shortened one, and a red ring round each point that does not fit. Paints
+// onto any painter, so a printed report draws the same picture.
 void paintPlate(QPainter& painter, const QRectF& area, const PlateDrawing& drawing);
 
-// The error arrows are drawn this many times their true length: 1 mm becomes 5 cm of plate.
-inline constexpr double ErrorMagnification = 50.0;
+// The colours a reader of the picture tells apart.
+inline const QColor ErrorArrowColour(0, 64, 200);
+inline const QColor DoesNotFitRing(220, 0, 0);
 
 // `picPlate`: the plate picture of the calibration dialog. A click reports where it landed in
 // plate coordinates; the tooltip names the point under the pointer and its state.

@@ -181,6 +181,7 @@ inline constexpr int EngineTimedOut = 8964;   // %2 seconds
 inline constexpr int EngineFailed = 8965;     // %2 what it said on its error output
 inline constexpr int EngineNoResult = 8966;
 inline constexpr int EngineBuiltInUsed = 8967;
+inline constexpr int EngineDisagrees = 8968; // %2 the largest difference, percent of its row
 
 // Calibration files that cannot be read; %1 names the part of the record.
 inline constexpr int FileEmpty = 8970;
@@ -221,8 +222,17 @@ inline constexpr int PictureCurrent = 8460;
 inline constexpr int PictureNoZero = 8461;
 inline constexpr int PictureZero = 8462;
 inline constexpr int PictureData = 8463;
-inline constexpr int PicturePoint = 8464; // %1 the point's number, %2 its state
-inline constexpr int PictureArrow = 8465; // beside the length of a 1 mm error arrow
+inline constexpr int PicturePoint = 8464;       // %1 the point's number, %2 its state
+inline constexpr int PictureArrow = 8465;       // beside the length of a 1 mm error arrow
+inline constexpr int PictureDoesNotFit = 8466;  // the ring of a point the fit flags
+inline constexpr int PictureArrowLength = 8467; // %1 the true error, mm, of a shortened arrow
+
+// The report's statements of what was and was not done when it was made.
+inline constexpr int ReportScaledNotWritten = 8470;
+inline constexpr int ReportScaledHeld = 8471;
+inline constexpr int ReportLinearity = 8472;
+inline constexpr int ReportNotPerformed = 8473;
+inline constexpr int ReportElementUncertainty = 8474; // a matrix cell's ±, %1
 
 // The fit's findings in words, below the matrix.
 inline constexpr int FitPoints = 8530; // %1 points, %2 channels
@@ -230,13 +240,16 @@ inline constexpr int FitSpread = 8531; // %1 one of the three below, %2 conditio
 inline constexpr int FitSpreadGood = 8532;
 inline constexpr int FitSpreadFair = 8533;
 inline constexpr int FitSpreadPoor = 8534;
-inline constexpr int FitScatter = 8535;     // %1 Fz, %2 Mx, %3 My residual RMS
-inline constexpr int FitUncertainty = 8536; // %1 percent
-inline constexpr int FitNoUncertainty = 8537;
+inline constexpr int FitScatter = 8535;       // %1 Fz, %2 Mx, %3 My residual RMS
+inline constexpr int FitUncertainty = 8536;   // %1 percent, %2 coverage factor, %3 dof
+inline constexpr int FitNoUncertainty = 8537; // %1 the points needed
 inline constexpr int FitAllPointsFit = 8538;
 inline constexpr int FitPointDoesNotFit = 8539; // %1 the point
 inline constexpr int FitPointsDoNotFit = 8541;  // %1 the points
 inline constexpr int ElementUncertainty = 8540; // tooltip of a matrix cell, %1
+// What the report's ± values are: %1 coverage factor, %2 dof, %3 the cells' share in percent.
+inline constexpr int FitExpandedUncertainty = 8542;
+inline constexpr int FitFewDegrees = 8543; // %1 dof, %2 channels, %3 the points needed
 
 inline constexpr int SignalBridges = 8842; // optSignal(0)
 inline constexpr int SignalForces = 8843;  // optSignal(1)

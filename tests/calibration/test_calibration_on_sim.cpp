@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <gtest/gtest.h>
+#include <optional>
 
 namespace kx {
 namespace {
@@ -68,32 +69,51 @@ TEST(CalibrationOnSim, TenPointsFindTheHiddenMatrixAndTheScaleStaysAtOne) {
     }
 }
 
-// Over many plates, each element's true error lies within two of its standard uncertainties
-// as often as Student's t with N − m = 7 degrees of freedom allows: P(|t| ≤ 2) = 0.92.
-TEST(CalibrationOnSim, UncertaintiesAreHonestOverManyPlates) {
-    int covered = 0;
-    int total = 0;
-    int falseFlags = 0;
-    for (quint64 seed = 100; seed < 140; ++seed) {
-        CalibrationSimBench bench(seed, true);
-        bench.walkThePoints();
-        const FitResult r = fit(bench);
-        falseFlags += static_cast<int>(
-            std::count(r.diagnostics.flagged.begin(), r.diagnostics.flagged.end(), true));
-        ASSERT_TRUE(r.diagnostics.uncertainty);
-        const Matrix3& truth = bench.plate->truth().trueMatrix;
-        for (std::size_t i = 0; i < 3; ++i)
-            for (std::size_t j = 0; j < 3; ++j) {
-                covered += std::abs(r.C[3 * i + j] - truth[i][j]) <=
-                           2 * (*r.diagnostics.uncertainty)[i][j];
-                ++total;
-            }
+// The stated ± holds the hidden matrix: twenty default plates (seeds 1 to 20), each walked
+// over the default ten points with the simulator's imperfections, weights landing 1.5 mm or
+// 0.5 mm about their marks. At about 95 % coverage at least 90 % of the 180 elements, and not
+// nearly all, lie within their interval. A plate whose only fault is its cells' curvature has
+// residuals no larger than the converter's noise: only the part of the ± the fit cannot see
+// covers it.
+TEST(CalibrationOnSim, TheStatedUncertaintyCoversTheHiddenMatrixAtAbout95Percent) {
+    SimImperfections onlyCurvature = SimImperfections::none();
+    onlyCurvature.nonlinearity = SimImperfections().nonlinearity;
+    struct Case {
+        const char* name;
+        std::optional<double> placementScatter; // m; the curvature-only plate's when not given
+        int fewestCovered;
+        int mostCovered;
+    } cases[] = {
+        {"weights within 1.5 mm", 0.0015, 162, 178},
+        {"weights within 0.5 mm", 0.0005, 162, 178},
+        {"only the cells' curvature", std::nullopt, 162, 180},
+    };
+    for (const Case& c : cases) {
+        int covered = 0;
+        int falseFlags = 0;
+        for (quint64 seed = 1; seed <= 20; ++seed) {
+            SimPlateConfig config = test::proofPlateConfig(seed, true);
+            if (c.placementScatter)
+                config.imperfections.placementScatter = *c.placementScatter;
+            else
+                config.imperfections = onlyCurvature;
+            CalibrationSimBench bench(config);
+            bench.walkThePoints();
+            const FitResult r = fit(bench);
+            falseFlags += static_cast<int>(
+                std::count(r.diagnostics.flagged.begin(), r.diagnostics.flagged.end(), true));
+            ASSERT_TRUE(r.diagnostics.uncertainty);
+            const Matrix3& truth = bench.plate->truth().trueMatrix;
+            for (std::size_t i = 0; i < 3; ++i)
+                for (std::size_t j = 0; j < 3; ++j)
+                    covered += std::abs(r.C[3 * i + j] - truth[i][j]) <=
+                               (*r.diagnostics.uncertainty)[i][j];
+        }
+        std::cout << c.name << ": " << covered << " of 180 elements covered\n";
+        EXPECT_GE(covered, c.fewestCovered) << c.name;
+        EXPECT_LE(covered, c.mostCovered) << c.name;
+        EXPECT_LE(falseFlags, 2) << c.name << ": of 20 sound calibrations";
     }
-    const double coverage = double(covered) / total;
-    std::cout << "coverage of 2 u: " << coverage << " over " << total << " elements\n";
-    EXPECT_GT(coverage, 0.87);
-    EXPECT_LT(coverage, 0.97);
-    EXPECT_LE(falseFlags, 3); // of 40 sound calibrations
 }
 
 TEST(CalibrationOnSim, AWeightTwoCentimetresOffItsMarkIsFlagged) {

@@ -5,6 +5,7 @@
 #include "calibration/CalFileWriter.h"
 #include "calibration/CalibrationReport.h"
 #include "calibration/CalibrationReportPdf.h"
+#include "calibration/LinearityScaling.h"
 #include "support/DateFormat.h"
 
 #include <QDir>
@@ -28,7 +29,8 @@ QString shown(int hour, int minute) {
 }
 
 // A calibration whose every printed number is chosen here: four points (data at 1, 2 and 4),
-// the first weight of the linearity check loaded and unloaded, and a fit made up to match.
+// the first weight of the linearity check loaded and unloaded, and a fit made up for the points
+// with data, point 2 flagged.
 Calibration knownCalibration() {
     Calibration c;
     CalibrationRecord& r = c.record;
@@ -47,6 +49,7 @@ Calibration knownCalibration() {
         p.zeroDate = OleDate::fromDateTime(zeros[i]);
         p.dataDone = data[i].isValid();
         p.dataDate = OleDate::fromDateTime(data[i]);
+        p.dataMean = {0.1 - 0.01 * double(i), 0.08 + 0.01 * double(i * i), 0.06};
         r.points.push_back(p);
     }
     for (const float load : {245.f, 490.f, 735.f, 980.f, 980.f, 735.f, 490.f, 245.f})
@@ -68,6 +71,11 @@ Calibration knownCalibration() {
     fit.diagnostics.residualRms = {0.0321, 0.00456, 0.00789};
     fit.diagnostics.uncertainty = {
         {{0.0234, 0.0456, 0.0789}, {0.1111, 0.2222, 0.3333}, {0.0004, 0.0016, 0.0051}}};
+    fit.diagnostics.degreesOfFreedom = 7;
+    fit.diagnostics.coverageFactor = 2.3646;
+    fit.diagnostics.flagged = {false, true, false};
+    QString refused;
+    fit.problem = MatrixFit::pose(r.points, refused).value();
     c.fit = fit;
     c.operatorNow = QStringLiteral("JD7");
     c.operatorOnFile = QStringLiteral("AB");
@@ -113,7 +121,7 @@ TEST(CalibrationReport, StatesEveryFactOfAKnownCalibrationAndLeavesOutWhatIsNotK
                       {"Gravity (m/s²)", "9.796878"}}));
 
     const ReportSection& fitted =
-        section(report, "Fitted Matrix (each element ± its standard uncertainty)");
+        section(report, "Fitted Matrix (each element ± its expanded uncertainty, about 95 %)");
     EXPECT_EQ(fitted.table,
               (ReportTable{{"", "ch 1", "ch 2", "ch 3"},
                            {{"Fz", "-1000.000 ±0.023", "-1000.000 ±0.046", "-1000.000 ±0.079"},
@@ -123,10 +131,13 @@ TEST(CalibrationReport, StatesEveryFactOfAKnownCalibrationAndLeavesOutWhatIsNotK
     EXPECT_TRUE(fitted.notes.contains("Point spread: good (condition number 12)."));
     EXPECT_TRUE(fitted.notes.contains("Scatter left: Fz 0.032 N, Mx 0.0046 N·m, My 0.0079 N·m."));
     EXPECT_FALSE(fitted.notes.join(u' ').contains("tips")) << "each element states its own";
+    EXPECT_TRUE(fitted.notes.join(u' ').contains("k = 2.36 (Student's t on 7 degrees"));
 
-    // Scaled by 1.25, the uncertainties with it.
-    const ReportSection& scaled = section(
-        report, "Scaled Matrix, written to the plate (each element ± its standard uncertainty)");
+    // Scaled by 1.25, the uncertainties with it; not in the plate before OK.
+    const ReportSection& scaled =
+        section(report, "Scaled Matrix (each element ± its expanded uncertainty, about 95 %)");
+    EXPECT_EQ(scaled.notes.back(),
+              "Not yet written to the plate: OK in the calibration dialog writes it.");
     ASSERT_TRUE(scaled.table);
     EXPECT_EQ(scaled.table->rows[0],
               QStringList({"Fz", "-1250.000 ±0.029", "-1250.000 ±0.057", "-1250.000 ±0.099"}));
@@ -162,6 +173,8 @@ TEST(CalibrationReport, StatesEveryFactOfAKnownCalibrationAndLeavesOutWhatIsNotK
     EXPECT_FALSE(report.plate.marks[2].copError);
     ASSERT_TRUE(report.plate.marks[3].copError);
     EXPECT_DOUBLE_EQ(report.plate.marks[3].copError->y(), -0.0000016);
+    for (std::size_t i = 0; i < 4; ++i)
+        EXPECT_EQ(report.plate.marks[i].flagged, i == 1) << "the fit's second point is point 2";
 
     // Facts nobody knows are left out rather than printed blank; the operator on file stands in
     // for a current one not given.
@@ -179,6 +192,42 @@ TEST(CalibrationReport, StatesEveryFactOfAKnownCalibrationAndLeavesOutWhatIsNotK
 
     c.fit.reset();
     EXPECT_FALSE(CalibrationReport::build(c, facts)) << "no matrix, no certificate";
+}
+
+// The report says what is true when it is made: whether the plate holds the scaled matrix,
+// that no linearity check was made, and it states no matrix that is no longer the fit of the
+// calibration's points.
+TEST(CalibrationReport, SaysWhatHasBeenDoneAndRefusesAFitItsPointsNoLongerGive) {
+    Calibration c = knownCalibration();
+    for (LinearityStep& step : c.record.steps)
+        step.done = false;
+    ReportFacts facts = knownFacts();
+    facts.plateMatrix = LinearityScaling::scaled(c.fit->matrix, c.record.scaleValue);
+    const CalibrationReport report = CalibrationReport::build(c, facts).value();
+    const ReportSection& scaling = section(report, "Calibration Scaling");
+    EXPECT_FALSE(scaling.table);
+    EXPECT_EQ(scaling.fields,
+              (Fields{{"Linearity Check", "not performed"}, {"Scaling Value", "1.2500"}}));
+    EXPECT_EQ(section(report, "Scaled Matrix (each element ± its expanded uncertainty, about 95 %)")
+                  .notes.back(),
+              "The plate holds this matrix.");
+
+    const auto stale = [](void (*change)(Calibration&)) {
+        Calibration changed = knownCalibration();
+        change(changed);
+        return !CalibrationReport::build(changed, knownFacts()) &&
+               !PlateDrawing::of(changed, 0.025).marks[0].copError;
+    };
+    EXPECT_TRUE(stale([](Calibration& k) { k.record.points[3].dataDone = false; }))
+        << "data cleared by a new zero";
+    EXPECT_TRUE(stale([](Calibration& k) { k.record.points[2].dataDone = true; }))
+        << "data at another point";
+    EXPECT_TRUE(stale([](Calibration& k) { k.record.points[1].dataMean[2] += 1e-7; }))
+        << "data taken again";
+    EXPECT_TRUE(stale([](Calibration& k) { k.record.points[0].expectedLoad[0] = -250; }))
+        << "another load";
+    EXPECT_FALSE(stale([](Calibration& k) { k.record.points[2].zeroDone = false; }))
+        << "a zero at a point without data changes no fit";
 }
 
 // A full calibration on the simulated plate, saved and opened again: the file keeps everything
@@ -224,35 +273,49 @@ bool hasRow(const QString& text, const QStringList& cells) {
 
 // Read back as text, the file holds every heading, field and table row of the report; a file
 // that cannot be written leaves nothing behind, not even its temporary.
-TEST(CalibrationReportPdf, HoldsTheReportsTextOnTwoPagesOrNothingAtAll) {
-    // value() throws, and so fails the test, when no report is made.
-    const CalibrationReport report =
-        CalibrationReport::build(knownCalibration(), knownFacts()).value();
-    QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("30417_1.pdf"));
-    ASSERT_TRUE(writeReportPdf(report, path));
+// The text of a written report, as pdftotext reads it.
+QString pdfText(const QString& path) {
     QProcess pdftotext;
     pdftotext.start(QStringLiteral("pdftotext"), {QStringLiteral("-layout"), path, "-"});
-    ASSERT_TRUE(pdftotext.waitForFinished(60000) && pdftotext.exitCode() == 0)
+    EXPECT_TRUE(pdftotext.waitForFinished(60000) && pdftotext.exitCode() == 0)
         << "pdftotext (poppler-utils) reads the file";
-    const QString text = QString::fromUtf8(pdftotext.readAllStandardOutput());
-    EXPECT_EQ(text.count(u'\f'), 2) << "two pages";
-    EXPECT_TRUE(text.contains("Page 2 of 2"));
-    for (const ReportPage& page : report.pages) {
-        for (const ReportSection& s : page.sections) {
-            EXPECT_TRUE(text.contains(s.heading)) << s.heading.toStdString();
-            for (const ReportField& field : s.fields)
-                EXPECT_TRUE(hasRow(text, {field.label, field.value}))
-                    << field.label.toStdString() << " " << field.value.toStdString();
-            if (!s.table)
-                continue;
-            for (const QStringList& row : s.table->rows)
-                EXPECT_TRUE(hasRow(text, row)) << row.join(u'|').toStdString();
+    return QString::fromUtf8(pdftotext.readAllStandardOutput());
+}
+
+TEST(CalibrationReportPdf, HoldsTheReportsTextOnTwoPagesOrNothingAtAll) {
+    QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("30417_1.pdf"));
+    for (const bool linearityChecked : {true, false}) {
+        Calibration calibration = knownCalibration();
+        for (LinearityStep& step : calibration.record.steps)
+            step.done = step.done && linearityChecked;
+        // value() throws, and so fails the test, when no report is made.
+        const CalibrationReport report =
+            CalibrationReport::build(calibration, knownFacts()).value();
+        ASSERT_TRUE(writeReportPdf(report, path));
+        const QString text = pdfText(path);
+        EXPECT_EQ(text.count(u'\f'), 2) << "two pages";
+        EXPECT_TRUE(text.contains("Page 2 of 2"));
+        for (const ReportPage& page : report.pages) {
+            for (const ReportSection& s : page.sections) {
+                EXPECT_TRUE(text.contains(s.heading)) << s.heading.toStdString();
+                for (const ReportField& field : s.fields)
+                    EXPECT_TRUE(hasRow(text, {field.label, field.value}))
+                        << field.label.toStdString() << " " << field.value.toStdString();
+                if (!s.table)
+                    continue;
+                for (const QStringList& row : s.table->rows)
+                    EXPECT_TRUE(hasRow(text, row)) << row.join(u'|').toStdString();
+            }
         }
+        EXPECT_TRUE(text.contains("Not yet written to the plate"));
+        EXPECT_FALSE(text.contains("Matrix, written to the plate"));
+        EXPECT_EQ(text.contains("not performed"), !linearityChecked);
     }
 
     ASSERT_TRUE(QFile::remove(path));
-    EXPECT_FALSE(writeReportPdf(report, folder.filePath(QStringLiteral("missing/30417_1.pdf"))));
+    EXPECT_FALSE(writeReportPdf(CalibrationReport::build(knownCalibration(), knownFacts()).value(),
+                                folder.filePath(QStringLiteral("missing/30417_1.pdf"))));
     EXPECT_EQ(QDir(folder.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries),
               QStringList());
 }

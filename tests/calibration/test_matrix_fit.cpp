@@ -61,14 +61,20 @@ TEST(MatrixFit, NormalEquationsErrorTableAndDiagnostics) {
     }
     const Eigen::VectorXd sv = Eigen::BDCSVD<Eigen::MatrixXd>(S).singularValues();
     EXPECT_NEAR(r.diagnostics.conditionNumber, sv(0) / sv(2), 1e-9 * sv(0) / sv(2));
-    // Uncertainty: the row's residual variance over N − m = 7 times the diagonal of (S·Sᵀ)⁻¹.
+    // Expanded uncertainty: Student's t at 97.5 % on N − m = 7 degrees of freedom (2.3646)
+    // times the root of the fit's part, the row's residual variance over 7 times the diagonal
+    // of (S·Sᵀ)⁻¹, and the cells' curvature, 0.08 % / √3 of the element, squared and summed.
     const Eigen::MatrixXd R = L - F;
     const Eigen::MatrixXd Qi = (S * S.transpose()).inverse();
     ASSERT_TRUE(r.diagnostics.uncertainty);
+    EXPECT_EQ(r.diagnostics.degreesOfFreedom, 7);
+    EXPECT_NEAR(r.diagnostics.coverageFactor, 2.3646, 1e-4);
     for (int i = 0; i < 3; ++i)
         for (int j = 0; j < 3; ++j) {
-            const double u = std::sqrt(R.row(i).squaredNorm() / 7 * Qi(j, j));
-            EXPECT_NEAR((*r.diagnostics.uncertainty)[std::size_t(i)][std::size_t(j)], u, 1e-9 * u);
+            const double curvature = 0.0008 / std::sqrt(3.0) * C(i, j);
+            const double u =
+                2.3646 * std::sqrt(R.row(i).squaredNorm() / 7 * Qi(j, j) + curvature * curvature);
+            EXPECT_NEAR((*r.diagnostics.uncertainty)[std::size_t(i)][std::size_t(j)], u, 1e-4 * u);
         }
     for (int i = 0; i < 3; ++i)
         EXPECT_NEAR(r.diagnostics.residualRms[std::size_t(i)],

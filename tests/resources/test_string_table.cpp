@@ -70,7 +70,10 @@ std::vector<std::pair<int, std::vector<int>>> assignedNumbers() {
         c::PictureZero, c::PictureData, c::PicturePoint, c::PictureArrow, c::FitPoints,
         c::FitSpread, c::FitSpreadGood, c::FitSpreadFair, c::FitSpreadPoor, c::FitScatter,
         c::FitUncertainty, c::FitNoUncertainty, c::FitAllPointsFit, c::FitPointDoesNotFit,
-        c::FitPointsDoNotFit, c::ElementUncertainty, c::SignalBridges, c::SignalForces};
+        c::FitPointsDoNotFit, c::ElementUncertainty, c::SignalBridges, c::SignalForces,
+        c::EngineDisagrees, c::PictureDoesNotFit, c::PictureArrowLength, c::ReportScaledNotWritten,
+        c::ReportScaledHeld, c::ReportLinearity, c::ReportNotPerformed,
+        c::ReportElementUncertainty, c::FitExpandedUncertainty, c::FitFewDegrees};
     // clang-format on
     for (int i = 0; i < 3; ++i)
         cal.insert(cal.end(), {c::ZeroCh + i, c::DataCh + i});
