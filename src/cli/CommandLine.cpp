@@ -121,9 +121,10 @@ const QList<CommandSpec>& commands() {
          QStringLiteral("FILE.cal"),
          QStringLiteral("fit FILE.cal [--engine builtin|octave] [--json]"),
          QStringLiteral("the matrix of a calibration file, with its uncertainties"),
-         QStringLiteral("Fits the calibration matrix to the points of a calibration file as\n"
-                        "\"Compute Matrix\" does: each element with its standard uncertainty (±),\n"
-                        "the condition number, the error table and the points that do not fit."),
+         QStringLiteral(
+             "Fits the calibration matrix to the points of a calibration file as\n"
+             "\"Compute Matrix\" does: each element with its uncertainty (± at about 95 %),\n"
+             "the condition number, the error table and the points that do not fit."),
          {{{QStringLiteral("engine")},
            QStringLiteral("ENGINE"),
            QStringLiteral("builtin (default) or octave (GNU Octave; the built-in fit when it "

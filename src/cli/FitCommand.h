@@ -6,8 +6,8 @@
 namespace kx::cli {
 
 // `kxplate fit FILE.cal [--engine builtin|octave] [--json]`: the calibration matrix fitted to
-// the file's points, each element with its standard uncertainty (±), the condition number,
-// the error table with the points that do not fit, and the fit's findings in words. A file
+// the file's points, each element with its expanded uncertainty (± at about 95 %), the condition
+// number, the error table with the points that do not fit, and the fit's findings in words. A file
 // that cannot be read, or whose points determine no matrix, is a file error naming the file.
 class FitCommand final : public Command {
     Q_OBJECT
