@@ -175,8 +175,8 @@ void NoiseChart::paint(QPainter& painter, const QRect& area) const {
         if (!m_results || !m_plan)
             continue;
         painter.save();
-        painter.setClipRect(plot.adjusted(-SuspectRadius, -SuspectRadius, SuspectRadius,
-                                          SuspectRadius));
+        painter.setClipRect(
+            plot.adjusted(-SuspectRadius, -SuspectRadius, SuspectRadius, SuspectRadius));
         for (qsizetype e = 0; e < excitations; ++e) {
             QPainterPath line;
             const QColor colour = excitationColour(e, excitations);

@@ -103,8 +103,8 @@ QString suspicionText(quint8 marks) {
     namespace s = strings::noise;
     QStringList reasons;
     for (const auto& [mark, text] : {std::pair{NoiseResults::Overrun, s::SuspectOverrun},
-                                    std::pair{NoiseResults::Clipping, s::SuspectClipping},
-                                    std::pair{NoiseResults::LoadChange, s::SuspectLoadChange}}) {
+                                     std::pair{NoiseResults::Clipping, s::SuspectClipping},
+                                     std::pair{NoiseResults::LoadChange, s::SuspectLoadChange}}) {
         if (marks & mark)
             reasons << strings::text(text);
     }

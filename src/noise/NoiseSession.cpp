@@ -194,8 +194,7 @@ void NoiseSession::zeroDone(const ChannelValues& r1, const ChannelValues& r2,
     if (m_faults != NoiseResults::NotSuspect)
         log(testName(f, e) + suspicionText(m_faults));
     for (const LoadChange& found : markLoadChanges(m_results, f)) {
-        log(testName(found.frequency, found.excitation) +
-            suspicionText(NoiseResults::LoadChange) +
+        log(testName(found.frequency, found.excitation) + suspicionText(NoiseResults::LoadChange) +
             text(s::OnChannel).arg(found.channel + 1));
         Q_EMIT testMarked(testIndex(found.frequency, found.excitation));
     }
@@ -371,9 +370,7 @@ QString NoiseSession::listLine(qsizetype test) const {
 
 Question NoiseSession::stopQuestion() const {
     const int texts = m_resultFile.failing() ? s::StopQuestionUnsaved : s::StopQuestion;
-    Question question{text(texts)
-                          .arg(m_results.measuredCount())
-                          .arg(testCount()),
+    Question question{text(texts).arg(m_results.measuredCount()).arg(testCount()),
                       {text(s::StopRun), text(s::KeepRunning)}};
     question.defaultChoice = question.escapeChoice = KeepRunning;
     return question;
@@ -381,8 +378,7 @@ Question NoiseSession::stopQuestion() const {
 
 Question NoiseSession::unsavedQuestion() const {
     Question question{
-        text(s::UnsavedQuestion)
-            .arg(QDir::toNativeSeparators(resultPath()), m_resultFile.error()),
+        text(s::UnsavedQuestion).arg(QDir::toNativeSeparators(resultPath()), m_resultFile.error()),
         {text(s::SaveElsewhere), text(s::DiscardResults), text(s::GoBack)}};
     question.defaultChoice = SaveElsewhere;
     question.escapeChoice = GoBack;

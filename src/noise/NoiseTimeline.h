@@ -12,8 +12,8 @@ class NoiseSequence;
 
 // Where a run stands in time, for a technician who comes back to it hours later.
 struct NoiseTimeline {
-    qsizetype test = 0;  // 1-based number of the present test, in run order
-    qsizetype tests = 0; // every test of the plan
+    qsizetype test = 0;               // 1-based number of the present test, in run order
+    qsizetype tests = 0;              // every test of the plan
     std::optional<qint64> startsInMs; // while waiting: until the present test starts
     qint64 remainingMs = 0;           // until the last test ends
 

@@ -179,8 +179,11 @@ QGroupBox* frmNoise::buildResultsFrame() {
     lstHeading->setMinimumWidth(lineWidth);
     lstHeading->setFixedHeight(2 * lstHeading->fontMetrics().lineSpacing() +
                                2 * lstHeading->frameWidth() + 4);
-    connect(lstResults->horizontalScrollBar(), &QScrollBar::valueChanged,
-            lstHeading->horizontalScrollBar(), &QScrollBar::setValue);
+    // The heading's own range can be shorter (a suspect line is longer than its heading).
+    QScrollBar* results = lstResults->horizontalScrollBar();
+    QScrollBar* heading = lstHeading->horizontalScrollBar();
+    connect(results, &QScrollBar::rangeChanged, heading, &QScrollBar::setRange);
+    connect(results, &QScrollBar::valueChanged, heading, &QScrollBar::setValue);
     picNoise = new NoiseChart(frmResults);
     picNoise->setObjectName(QStringLiteral("picNoise"));
     picNoise->setAccessibleName(strings::text(strings::noise::ChartDeviation));

@@ -102,8 +102,9 @@ TEST_F(NoiseSessionTest, TestsDisturbedByAnOverrunOrALoadAreMarkedInTheListAndTh
     bench.driver.inject("20418", PlateFault::BufferOverRun);
     ASSERT_TRUE(testsDone(2));
     bench.driver.inject("20418", PlateFault::DataClipped); // while waiting: no test's fault
-    ASSERT_TRUE(until(
-        [&] { return session.measuring() && session.progress() * 2 >= session.progressMaximum(); }));
+    ASSERT_TRUE(until([&] {
+        return session.measuring() && session.progress() * 2 >= session.progressMaximum();
+    }));
     plate.placeWeight(20, 0, 0.18);
     ASSERT_TRUE(testsDone(4));
 
@@ -144,7 +145,7 @@ TEST_F(NoiseSessionTest, APlateThatFallsSilentIsGivenTwiceItsTestAndHalfAMinute)
     const quint32 started = bench.clock.tickCount();
     quint32 lastProgress = started;
     QObject::connect(&plate, &PlateDevice::ZeroProgress, &session,
-            [&] { lastProgress = bench.clock.tickCount(); });
+                     [&] { lastProgress = bench.clock.tickCount(); });
     bench.clock.advance(1000);
     bench.driver.makeNotResponding("20418");
     ASSERT_GT(lastProgress, started);
@@ -156,7 +157,8 @@ TEST_F(NoiseSessionTest, APlateThatFallsSilentIsGivenTwiceItsTestAndHalfAMinute)
     EXPECT_FALSE(session.running());
     bench.clock.advance(600000);
     EXPECT_EQ(silent.size(), 1);
-    EXPECT_TRUE(prompt.events.isEmpty()) << "the holder reports it; restoring the plate fails quietly";
+    EXPECT_TRUE(prompt.events.isEmpty())
+        << "the holder reports it; restoring the plate fails quietly";
     EXPECT_EQ(session.results().measuredCount(), 1);
     EXPECT_TRUE(logText().contains("The plate sent nothing for 34 s; the test ends as a read "
                                    "time-out.\r\n"));
