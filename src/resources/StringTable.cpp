@@ -127,6 +127,9 @@ constexpr std::array Table = std::to_array<Entry>({
     {921, " HID devices"},
     {930, "A Connected KX Force Platform is not Responding\nTo Communications Attempt From The "
           "Computer!\n\nPlease Disconnect and then Reconnect all\nKX Force Platforms."},
+    {960, "Settings could not be saved in %1:\n%2\n\nThey stay in effect while the program runs, "
+          "and it tries again whenever a window closes."},
+    {961, "Settings could not be saved in %1:\n%2\n\nThey are lost when the program ends."},
 
     // frmZero
     {1000, "KX Force Platforms Control Panel - Device Zero"},

@@ -42,6 +42,9 @@ inline constexpr int ApplicationTitle = 100;
 namespace mainwindow {
 inline constexpr int SplashLinux = 29;     // "For Linux"; the kernel version follows
 inline constexpr int RefreshDevices = 215; // cmdDevRefresh
+// Settings or profile values that could not be written: %1 the file, %2 why.
+inline constexpr int SettingsNotSaved = 960;
+inline constexpr int SettingsLost = 961; // ... when the program ends
 } // namespace mainwindow
 
 namespace meter {
