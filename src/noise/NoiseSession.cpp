@@ -177,8 +177,7 @@ void NoiseSession::zeroProgress(qint32 samples) {
 }
 
 void NoiseSession::plateFault(NoiseResults::Suspicion suspicion) {
-    if (measuring())
-        m_faults |= suspicion;
+    m_faults |= suspicion; // those between tests are forgotten when the next test starts
 }
 
 void NoiseSession::zeroDone(const ChannelValues& r1, const ChannelValues& r2,
