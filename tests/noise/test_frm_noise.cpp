@@ -480,6 +480,7 @@ TEST_F(NoiseTest, APictureCutShortIsToldAndTheOldOneStaysByteForByte) {
     ASSERT_GT(before.size(), 4096);
     dialog->cmdAcquire->click();
     ASSERT_TRUE(secondsUntil([&] { return times->ends.size() == 5; }, 60));
+    EXPECT_EQ(dialog->lstResults->count(), 1) << "the list holds the new run only";
     const int status = exitStatusUnderFileSizeLimit(4096, [&] {
         prompt.answers = {NoiseSession::StopRun};
         dialog->cmdCancel->click();

@@ -215,6 +215,7 @@ TEST(SuspectTests, ADeviationTenTimesTheOthersMedianAtItsFrequencyIsALoadChange)
         {"alone at its frequency", {48468, 0, 0}, {false, false, false}},
         {"found by the next test", {48468, 62}, {true, false}},
         {"two disturbed of four", {62, 9000, 61, 48468}, {false, true, false, true}},
+        {"two disturbed of three", {62, 9000, 48468}, {false, true, true}},
         {"a quiet converter", {0.3, 30, 0.2}, {false, false, false}},
     };
     for (const Case& test : cases) {
