@@ -69,7 +69,10 @@ frmNoise::frmNoise(const ToolContext& context, QWidget* parent)
     StatusBar1Panel2 = new QLabel(StatusBar1);
     StatusBar1Panel2->setObjectName(QStringLiteral("StatusBar1Panel2"));
     StatusBar1->addWidget(StatusBar1Panel1, 1);
-    StatusBar1->addPermanentWidget(StatusBar1Panel2);
+    // A long reason must not widen the dialog past the screen: the panel takes the room there
+    // is, and its tip gives the whole text.
+    StatusBar1Panel2->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    StatusBar1->addPermanentWidget(StatusBar1Panel2, 2);
     // The progress of a test shows beside the status, so the dialog keeps its size.
     StatusBar1->addPermanentWidget(ProgressBar1, 1);
     Timer1 = m_session->waitTimer();
@@ -173,6 +176,7 @@ QGroupBox* frmNoise::buildResultsFrame() {
     lstHeading = fixedPitchList("lstHeading", frmResults);
     lstHeading->setAccessibleName(lstResults->accessibleName());
     lstHeading->setFocusPolicy(Qt::NoFocus);
+    lstHeading->setTextElideMode(Qt::ElideNone);
     lstHeading->setSelectionMode(QAbstractItemView::NoSelection);
     lstHeading->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     lstHeading->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
@@ -213,6 +217,7 @@ void frmNoise::showSession() {
     const NoiseSession& session = *m_session;
     StatusBar1Panel1->setText(session.status());
     StatusBar1Panel2->setText(session.fileStatus());
+    StatusBar1Panel2->setToolTip(session.fileStatus());
     lblRunTxt->setText(session.progressText());
     // The controls follow the session's changes of state only: a device error's reaction sets
     // them its own way after the session has stopped.
