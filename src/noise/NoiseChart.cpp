@@ -206,6 +206,8 @@ void NoiseChart::paint(QPainter& painter, const QRect& area) const {
         painter.restore();
     }
 
+    if (m_results && m_results->suspectCount() > 0)
+        paintSuspectKey(painter, area);
     // The colour key: a bar from the first excitation to the last.
     if (!m_plan || excitations == 0)
         return;
@@ -217,13 +219,9 @@ void NoiseChart::paint(QPainter& painter, const QRect& area) const {
     const QString last = formatNumber(m_plan->excitations.back(), u"0.000");
     const int firstWidth = metrics.horizontalAdvance(first) + 6;
     const int lastWidth = metrics.horizontalAdvance(last) + 6;
-    const bool anySuspect = m_results && m_results->suspectCount() > 0;
-    const QString suspectText = strings::text(strings::noise::ChartSuspect);
-    const int suspectWidth =
-        anySuspect ? 2 * SuspectRadius + 16 + metrics.horizontalAdvance(suspectText) : 0;
     const QRect bar(area.left() + LeftMargin + captionWidth + firstWidth, keyTop,
                     std::max(40, area.width() - LeftMargin - RightMargin - captionWidth -
-                                     firstWidth - lastWidth - suspectWidth),
+                                     firstWidth - lastWidth),
                     12);
     QLinearGradient gradient(bar.topLeft(), bar.topRight());
     for (qsizetype e = 0; e < excitations; ++e)
@@ -238,15 +236,19 @@ void NoiseChart::paint(QPainter& painter, const QRect& area) const {
                      Qt::AlignRight | Qt::AlignVCenter, first);
     painter.drawText(QRect(bar.right() + 4, keyTop - 4, lastWidth, 20),
                      Qt::AlignLeft | Qt::AlignVCenter, last);
-    if (!anySuspect)
-        return;
-    const QPointF ring(bar.right() + lastWidth + 12 + SuspectRadius, bar.center().y());
-    painter.setPen(suspectPen);
-    painter.drawEllipse(ring, SuspectRadius, SuspectRadius);
-    painter.setPen(axisPen);
-    painter.drawText(QRectF(ring.x() + SuspectRadius + 4, keyTop - 4,
-                            metrics.horizontalAdvance(suspectText) + 4, 20),
-                     Qt::AlignLeft | Qt::AlignVCenter, suspectText);
+}
+
+void NoiseChart::paintSuspectKey(QPainter& painter, const QRect& area) const {
+    // At the right of the first title row, where it never crowds the colour key.
+    const QString text = strings::text(strings::noise::ChartSuspect);
+    const int textWidth = painter.fontMetrics().horizontalAdvance(text) + 4;
+    const QRectF label(area.right() - RightMargin - textWidth, area.top(), textWidth,
+                       TitleHeight - 8);
+    painter.setPen(QPen(SuspectColour, 1.8));
+    painter.drawEllipse(QPointF(label.left() - 4 - SuspectRadius, label.center().y()),
+                        SuspectRadius, SuspectRadius);
+    painter.setPen(QColor(60, 60, 60));
+    painter.drawText(label, Qt::AlignLeft | Qt::AlignVCenter, text);
 }
 
 } // namespace kx

@@ -34,6 +34,7 @@ protected:
 
 private:
     void paint(QPainter& painter, const QRect& area) const;
+    void paintSuspectKey(QPainter& painter, const QRect& area) const;
 
     const NoisePlan* m_plan = nullptr;
     const NoiseResults* m_results = nullptr;

@@ -17,9 +17,12 @@
 #include <QListWidget>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QStatusBar>
+#include <QStyle>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace kx {
 
@@ -40,13 +43,6 @@ QLabel* valueLabel(QLabel* label, const QString& accessibleName) {
     return label;
 }
 
-// A list in the fixed-pitch font, so the columns of its lines stand under each other.
-QListWidget* fixedPitchList(const char* objectName, QWidget* parent) {
-    auto* list = new QListWidget(parent);
-    list->setObjectName(QLatin1String(objectName));
-    list->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
-    return list;
-}
 } // namespace
 
 frmNoise::frmNoise(const ToolContext& context, QWidget* parent)
@@ -69,10 +65,11 @@ frmNoise::frmNoise(const ToolContext& context, QWidget* parent)
     StatusBar1Panel2 = new QLabel(StatusBar1);
     StatusBar1Panel2->setObjectName(QStringLiteral("StatusBar1Panel2"));
     StatusBar1->addWidget(StatusBar1Panel1, 1);
-    // A long reason must not widen the dialog past the screen: the panel takes the room there
-    // is, and its tip gives the whole text.
+    // A long reason must not widen the dialog past the screen: the panel shares the room there
+    // is while it has something to say, and its tip gives the whole text.
     StatusBar1Panel2->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    StatusBar1->addPermanentWidget(StatusBar1Panel2, 2);
+    StatusBar1Panel2->hide();
+    StatusBar1->addPermanentWidget(StatusBar1Panel2, 1);
     // The progress of a test shows beside the status, so the dialog keeps its size.
     StatusBar1->addPermanentWidget(ProgressBar1, 1);
     Timer1 = m_session->waitTimer();
@@ -165,29 +162,47 @@ QGroupBox* frmNoise::buildTestParamFrame() {
 QGroupBox* frmNoise::buildResultsFrame() {
     frmResults = new QGroupBox(strings::text(strings::noise::ResultsFrame), this);
     frmResults->setObjectName(QStringLiteral("frmResults"));
-    lstResults = fixedPitchList("lstResults", frmResults);
+    lstResults = new QListWidget(frmResults);
+    lstResults->setObjectName(QStringLiteral("lstResults"));
+    // Fixed pitch, so the columns of the lines stand under each other; scrolled in pixels, so
+    // that the heading can follow exactly.
+    lstResults->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    lstResults->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
     lstResults->setAccessibleName(QString(frmResults->title()).remove(u':'));
     lstResults->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     const int lineWidth =
         lstResults->fontMetrics().horizontalAdvance(QString(VisibleLineCharacters, u'0'));
     lstResults->setMinimumSize(lineWidth, 240);
-    // The heading is a list too, so its columns stand exactly over the results' columns; it
-    // follows the results when they scroll sideways.
-    lstHeading = fixedPitchList("lstHeading", frmResults);
-    lstHeading->setAccessibleName(lstResults->accessibleName());
-    lstHeading->setFocusPolicy(Qt::NoFocus);
-    lstHeading->setTextElideMode(Qt::ElideNone);
-    lstHeading->setSelectionMode(QAbstractItemView::NoSelection);
-    lstHeading->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    lstHeading->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    lstHeading->setMinimumWidth(lineWidth);
-    lstHeading->setFixedHeight(2 * lstHeading->fontMetrics().lineSpacing() +
-                               2 * lstHeading->frameWidth() + 4);
-    // The heading's own range can be shorter (a suspect line is longer than its heading).
-    QScrollBar* results = lstResults->horizontalScrollBar();
-    QScrollBar* heading = lstHeading->horizontalScrollBar();
-    connect(results, &QScrollBar::rangeChanged, heading, &QScrollBar::setRange);
-    connect(results, &QScrollBar::valueChanged, heading, &QScrollBar::setValue);
+    // The heading is the same fixed-pitch text, set in from the frame as the list's items are,
+    // in a strip that follows the results when they scroll sideways.
+    lblHeading = new QLabel(frmResults);
+    lblHeading->setObjectName(QStringLiteral("lblHeading"));
+    lblHeading->setFont(lstResults->font());
+    lblHeading->setTextFormat(Qt::PlainText);
+    const int inset =
+        lstResults->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, lstResults) + 1;
+    lblHeading->setContentsMargins(inset, 2, inset, 2);
+    fraHeading = new QScrollArea(frmResults);
+    fraHeading->setObjectName(QStringLiteral("fraHeading"));
+    fraHeading->setFrameStyle(lstResults->frameStyle());
+    fraHeading->setWidget(lblHeading);
+    fraHeading->setFocusPolicy(Qt::NoFocus);
+    fraHeading->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    fraHeading->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    fraHeading->setBackgroundRole(QPalette::Base);
+    fraHeading->setMinimumWidth(lineWidth);
+    fraHeading->setFixedHeight(2 * lblHeading->fontMetrics().lineSpacing() + 4 +
+                               2 * fraHeading->frameWidth());
+    // As wide as the results' lines (a negative average or a suspect mark makes one longer
+    // than the heading), so the two scroll alike to the end.
+    connect(lstResults->horizontalScrollBar(), &QScrollBar::rangeChanged, lblHeading,
+            [this](int, int most) {
+                lblHeading->resize(std::max(lblHeading->sizeHint().width(),
+                                            most + fraHeading->viewport()->width()),
+                                   lblHeading->height());
+            });
+    connect(lstResults->horizontalScrollBar(), &QScrollBar::valueChanged,
+            fraHeading->horizontalScrollBar(), &QScrollBar::setValue);
     picNoise = new NoiseChart(frmResults);
     picNoise->setObjectName(QStringLiteral("picNoise"));
     picNoise->setAccessibleName(strings::text(strings::noise::ChartDeviation));
@@ -195,7 +210,7 @@ QGroupBox* frmNoise::buildResultsFrame() {
 
     auto* list = new QVBoxLayout;
     list->setSpacing(0);
-    list->addWidget(lstHeading);
+    list->addWidget(fraHeading);
     list->addWidget(lstResults, 1);
     auto* row = new QHBoxLayout(frmResults);
     row->addLayout(list, 3);
@@ -207,7 +222,8 @@ void frmNoise::loading() {
     const bool ready = m_session->open(device(), IniFile::sharedProfile(), DocumentsFolder());
     const NoiseSession& session = *m_session;
     picNoise->setData(&session.plan(), &session.results());
-    lstHeading->addItems(noiseListHeading(session.results().channels()));
+    lblHeading->setText(noiseListHeading(session.results().channels()).join(u'\n'));
+    lblHeading->adjustSize();
     lblDurationTxt->setText(formatGeneral(session.plan().testDuration));
     cmdAcquire->setEnabled(ready);
     showSession();
@@ -218,6 +234,7 @@ void frmNoise::showSession() {
     StatusBar1Panel1->setText(session.status());
     StatusBar1Panel2->setText(session.fileStatus());
     StatusBar1Panel2->setToolTip(session.fileStatus());
+    StatusBar1Panel2->setVisible(!session.fileStatus().isEmpty());
     lblRunTxt->setText(session.progressText());
     // The controls follow the session's changes of state only: a device error's reaction sets
     // them its own way after the session has stopped.

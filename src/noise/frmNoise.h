@@ -7,6 +7,7 @@ class QLabel;
 class QListWidget;
 class QProgressBar;
 class QPushButton;
+class QScrollArea;
 class QStatusBar;
 
 namespace kx {
@@ -48,7 +49,8 @@ public:
     QLabel* lblRun;
     QLabel* lblRunTxt; // "test 7 of 100, starts in 0:04:59, ends about 17:40"
     QGroupBox* frmResults;
-    QListWidget* lstHeading; // the columns' names, scrolled sideways with lstResults
+    QScrollArea* fraHeading; // scrolls sideways with lstResults
+    QLabel* lblHeading;      // the columns' names and units
     QListWidget* lstResults;
     NoiseChart* picNoise;
     QProgressBar* ProgressBar1;
