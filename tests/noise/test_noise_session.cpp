@@ -1,5 +1,6 @@
 #include "FileBytes.h"
 #include "FileSizeLimit.h"
+#include "NoisePlanValues.h"
 #include "PrintQString.h"
 #include "RecordingPrompt.h"
 #include "SimBench.h"
@@ -24,22 +25,11 @@ using O = NoiseSession::Ending;
 // excitations, 2 s tests after 1 s waits. The watchdog gives such a test 2 x 2 s + 30 s.
 class NoiseSessionTest : public ::testing::Test {
 protected:
-    NoiseSessionTest() {
-        plan({{"Frequencies", "2"},
-              {"Excitations", "2"},
-              {"Test Duration", "2"},
-              {"Initial Delay", "1"},
-              {"Frequency Settling Time", "1"},
-              {"Excitation Settling Time", "1"}});
+    NoiseSessionTest() { test::writeSmallNoisePlan(); }
+    bool open(const QString& folder) {
+        return session.open(&plate, IniFile::sharedProfile(), folder);
     }
-    static void plan(std::initializer_list<std::pair<const char*, const char*>> values) {
-        for (const auto& [key, value] : values)
-            EXPECT_TRUE(IniFile::sharedProfile().setValue("Noise", key, value));
-    }
-    bool open(const QString& folder = {}) {
-        return session.open(&plate, IniFile::sharedProfile(),
-                            folder.isEmpty() ? environment.documentsFolder() : folder);
-    }
+    bool open() { return open(environment.documentsFolder()); }
     // Moves the clock 100 ms at a time until `done` holds, at most `limitMs`.
     bool until(const std::function<bool()>& done, int limitMs = 60000) {
         for (int ms = 0; ms < limitMs && !done(); ms += 100)
@@ -261,31 +251,21 @@ TEST_F(NoiseSessionTest, WhereTheResultsCannotGoTheUserChoosesAnotherPlaceOrDisc
     EXPECT_TRUE(second.mayLeave(false, false));
 }
 
-// A missing documents folder is made when the run starts; one that cannot be made is named,
-// with the reason, before the warm-up, and the run starts only if the user says so.
-TEST_F(NoiseSessionTest, WithoutItsFolderARunMakesItOrSaysWhereAndWhyBeforeTheWarmUp) {
-    const QString missing = environment.path() + "/no/documents";
-    ASSERT_TRUE(open(missing));
-    EXPECT_EQ(session.resultPath(), missing + "/20418_Noise_1.TXT");
-    ASSERT_TRUE(session.start());
-    EXPECT_TRUE(prompt.questions.empty());
-    ASSERT_TRUE(testsDone(1));
-    EXPECT_TRUE(QFileInfo::exists(session.resultPath()));
-    session.stop(O::Stopped);
-
+// A documents folder that cannot be made is named, with the reason, before the warm-up, and the
+// run starts only if the user says so.
+TEST_F(NoiseSessionTest, AResultsFolderThatCannotBeMadeIsNamedBeforeTheWarmUp) {
     test::writeFileBytes(environment.path() + "/file", "");
-    NoiseSession blocked{bench.clock, prompt};
-    ASSERT_TRUE(blocked.open(&plate, IniFile::sharedProfile(), environment.path() + "/file/docs"));
-    EXPECT_FALSE(blocked.start()) << "an empty answer is Esc: do not start";
+    ASSERT_TRUE(open(environment.path() + "/file/docs"));
+    EXPECT_FALSE(session.start()) << "an empty answer is Esc: do not start";
     ASSERT_EQ(prompt.questions.size(), 1u);
     EXPECT_EQ(prompt.questions[0].text,
               "The noise test results cannot be saved in " + environment.path() +
                   "/file/docs:\nThe folder cannot be created.\n\nStart the test anyway? When it "
                   "ends you will be asked for another place.");
     EXPECT_EQ(prompt.questions[0].defaultChoice, 1);
-    EXPECT_FALSE(blocked.running());
+    EXPECT_FALSE(session.running());
     prompt.answers = {0};
-    EXPECT_TRUE(blocked.start());
+    EXPECT_TRUE(session.start());
 }
 
 } // namespace
