@@ -36,10 +36,10 @@ class NoiseSession : public QObject {
     Q_OBJECT
 public:
     enum class State { Idle, Waiting, Measuring };
+    // Why a run ends before its last test.
     enum class Ending {
-        Finished, // every test done
         Stopped,  // by the user
-        TimedOut, // the plate timed out, or the watchdog found it silent
+        TimedOut, // the plate timed out or failed a call, or the watchdog found it silent
         Removed   // the plate was unplugged: it is not called again
     };
     // The answers of stopQuestion() and unsavedQuestion().

@@ -346,7 +346,7 @@ constexpr std::array Table = std::to_array<Entry>({
     {7601, "Test %1 of %2 (%3 V, %4 Hz) "},
     {7610, "Run finished: %1 of %2 tests done, %3 suspect."},
     {7611, "Run stopped by the user: %1 of %2 tests done."},
-    {7612, "Run ended by a time-out of the plate: %1 of %2 tests done."},
+    {7612, "Run ended by an error of the plate: %1 of %2 tests done."},
     {7613, "The plate was disconnected: %1 of %2 tests done."},
     {7614, "The plate sent nothing for %1 s; the test ends as a read time-out."},
     {7615, "The plate's sampling frequency and excitation could not be restored: %1"},

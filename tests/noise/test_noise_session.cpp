@@ -152,7 +152,7 @@ TEST_F(NoiseSessionTest, APlateThatFallsSilentIsGivenTwiceItsTestAndHalfAMinute)
     EXPECT_EQ(session.results().measuredCount(), 1);
     EXPECT_TRUE(logText().contains("The plate sent nothing for 34 s; the test ends as a read "
                                    "time-out.\r\n"));
-    EXPECT_TRUE(logText().contains("Run ended by a time-out of the plate: 1 of 4 tests done."));
+    EXPECT_TRUE(logText().contains("Run ended by an error of the plate: 1 of 4 tests done."));
     EXPECT_TRUE(logText().contains("could not be restored"));
 }
 
