@@ -1,7 +1,8 @@
 // A whole default noise run (one hour of warm-up, 20 excitations x 5 frequencies of 60 s, with
-// their settling waits: about 5.5 hours of plate time) through frmNoise on a simulated plate
-// and the manual clock, advanced in one call. Judged by the ratio of plate time to wall time
-// (aim: the run in under 30 s on a shared 2-core machine, a ratio above 660).
+// their settling waits: 4.5 hours of plate time) through frmNoise on a simulated plate and the
+// manual clock, advanced in one call. Judged by the ratio of plate time to wall time (aim: the
+// run in under 30 s on a shared 2-core machine, a ratio above 540); the result file must be
+// the golden one byte for byte, so a faster run is still the same run.
 
 #include "Offscreen.h"
 #include "RecordingPrompt.h"
@@ -13,15 +14,22 @@
 #include "support/ManualClock.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QListWidget>
 #include <QPushButton>
 #include <cstdio>
 
 namespace {
 
-constexpr qint64 RunMs = 6LL * 3600 * 1000; // past the end of the default run
+constexpr qint64 RunMs = 5LL * 3600 * 1000; // past the end of the default run
+
+QByteArray fileBytes(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
 void defaultRun(benchmark::State& state) {
+    const QByteArray golden = fileBytes(QStringLiteral(KX_NOISE_GOLDEN_FILE));
     qint64 plateMs = 0;
     for (auto _ : state) {
         state.PauseTiming();
@@ -49,10 +57,17 @@ void defaultRun(benchmark::State& state) {
         clock.advance(RunMs);
 
         state.PauseTiming();
+        const char* error = nullptr;
         if (dialog.running() || dialog.lstResults->count() != 100)
-            state.SkipWithError("the run did not finish");
+            error = "the run did not finish";
+        else if (fileBytes(dialog.resultPath()) != golden)
+            error = "the result file differs from the golden one";
         plateMs += lastEnd - start;
         dialog.close();
+        if (error) {
+            state.SkipWithError(error);
+            break;
+        }
         state.ResumeTiming();
     }
     state.counters["plate_s"] = benchmark::Counter(static_cast<double>(plateMs) / 1000.0,
@@ -72,7 +87,7 @@ int main(int argc, char** argv) {
     const double plate = reporter.counter("defaultRun", "plate_s");
     if (wall > 0)
         std::printf("Default noise run: %.0f s of plate time in %.2f s of wall time, ratio %.0f "
-                    "(aim above 660: under 30 s)\n",
+                    "(aim above 540: under 30 s)\n",
                     plate, wall, plate / wall);
     return 0;
 }

@@ -10,6 +10,7 @@
 #include "app/frmSplash.h"
 #include "calibration/frmCalibrate.h"
 #include "device/PlateError.h"
+#include "device/SettingsSaveNotice.h"
 #include "maintenance/frmEncoder.h"
 #include "maintenance/frmPlateInfoEx.h"
 #include "maintenance/frmProgramID.h"
@@ -485,6 +486,7 @@ void frmMain::unload() {
     }
     m_device = nullptr;
     m_driver.reset();
+    noticeSettingsLostAtExit(m_prompt);
 }
 
 } // namespace kx

@@ -2,6 +2,7 @@
 
 #include "device/PlateDevice.h"
 #include "device/PlateError.h"
+#include "device/SettingsSaveNotice.h"
 #include "resources/StringTable.h"
 
 #include <QProgressBar>
@@ -33,6 +34,8 @@ void ToolDialog::done(int result) {
         return;
     m_unloaded = true;
     unloading();
+    // The dialog saved its settings while unloading.
+    noticeUnsavedSettings(prompt());
     setDevice(nullptr);
     Q_EMIT unloaded();
 }

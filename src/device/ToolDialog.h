@@ -57,6 +57,9 @@ protected:
     void setDeviceErrorActions(DeviceErrorActions actions);
     // True once the plate was unplugged: its calls would only fail.
     bool deviceRemoved() const { return m_errors->removed(); }
+    // Reacts to an event the dialog found out for itself (a plate gone silent) as to the
+    // plate's own.
+    void reportDeviceEvent(DeviceEvent event) { m_errors->report(event); }
 
     // Called once, when the dialog is first shown, with the plate (or none) handed in: the
     // dialog's load step (read its settings, prepare the plate, fill its controls).

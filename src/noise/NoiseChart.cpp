@@ -22,6 +22,8 @@ constexpr int TitleHeight = 28; // the title, and room for the top label
 constexpr int AxisHeight = 34;
 constexpr int LegendHeight = 34;
 constexpr int PanelGap = 6;
+constexpr int SuspectRadius = 5;
+const QColor SuspectColour(200, 0, 0);
 
 struct LogRange {
     double low = 0; // log10 of the ends
@@ -121,6 +123,8 @@ void NoiseChart::paint(QPainter& painter, const QRect& area) const {
     const QPen axisPen(QColor(60, 60, 60), 1);
     const QPen gridPen(QColor(225, 225, 225), 1);
     const QPen minorPen(QColor(242, 242, 242), 1);
+    const QPen suspectPen(SuspectColour, 1.8);
+    QList<QPointF> suspects;
 
     for (qsizetype c = 0; c < channels; ++c) {
         const int top = area.top() + int(c) * (panelHeight + PanelGap);
@@ -171,7 +175,8 @@ void NoiseChart::paint(QPainter& painter, const QRect& area) const {
         if (!m_results || !m_plan)
             continue;
         painter.save();
-        painter.setClipRect(plot.adjusted(-4, -4, 4, 4));
+        painter.setClipRect(
+            plot.adjusted(-SuspectRadius, -SuspectRadius, SuspectRadius, SuspectRadius));
         for (qsizetype e = 0; e < excitations; ++e) {
             QPainterPath line;
             const QColor colour = excitationColour(e, excitations);
@@ -187,21 +192,31 @@ void NoiseChart::paint(QPainter& painter, const QRect& area) const {
                 else
                     line.lineTo(point);
                 painter.drawEllipse(point, 2.2, 2.2);
+                if (m_results->marks(f, e) != NoiseResults::NotSuspect)
+                    suspects << point;
             }
             painter.setBrush(Qt::NoBrush);
             painter.drawPath(line);
         }
+        // Over every line, so that no colour hides a mark.
+        painter.setPen(suspectPen);
+        for (const QPointF& point : std::as_const(suspects))
+            painter.drawEllipse(point, SuspectRadius, SuspectRadius);
+        suspects.clear();
         painter.restore();
     }
 
+    if (m_results && m_results->suspectCount() > 0)
+        paintSuspectKey(painter, area);
     // The colour key: a bar from the first excitation to the last.
     if (!m_plan || excitations == 0)
         return;
     const int keyTop = area.bottom() - LegendHeight + 10;
     const QString caption = strings::text(strings::noise::ExcTitke);
     const int captionWidth = metrics.horizontalAdvance(caption) + 8;
-    const QString first = formatGeneral(m_plan->excitations.front());
-    const QString last = formatGeneral(m_plan->excitations.back());
+    // To the millivolt, as the excitation box shows it.
+    const QString first = formatNumber(m_plan->excitations.front(), u"0.000");
+    const QString last = formatNumber(m_plan->excitations.back(), u"0.000");
     const int firstWidth = metrics.horizontalAdvance(first) + 6;
     const int lastWidth = metrics.horizontalAdvance(last) + 6;
     const QRect bar(area.left() + LeftMargin + captionWidth + firstWidth, keyTop,
@@ -221,6 +236,19 @@ void NoiseChart::paint(QPainter& painter, const QRect& area) const {
                      Qt::AlignRight | Qt::AlignVCenter, first);
     painter.drawText(QRect(bar.right() + 4, keyTop - 4, lastWidth, 20),
                      Qt::AlignLeft | Qt::AlignVCenter, last);
+}
+
+void NoiseChart::paintSuspectKey(QPainter& painter, const QRect& area) const {
+    // At the right of the first title row, where it never crowds the colour key.
+    const QString text = strings::text(strings::noise::ChartSuspect);
+    const int textWidth = painter.fontMetrics().horizontalAdvance(text) + 4;
+    const QRectF label(area.right() - RightMargin - textWidth, area.top(), textWidth,
+                       TitleHeight - 8);
+    painter.setPen(QPen(SuspectColour, 1.8));
+    painter.drawEllipse(QPointF(label.left() - 4 - SuspectRadius, label.center().y()),
+                        SuspectRadius, SuspectRadius);
+    painter.setPen(QColor(60, 60, 60));
+    painter.drawText(label, Qt::AlignLeft | Qt::AlignVCenter, text);
 }
 
 } // namespace kx

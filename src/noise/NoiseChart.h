@@ -14,7 +14,7 @@ struct NoisePlan;
 // The noise run as a picture: per channel the deviation (R2, converter codes) against the
 // sampling frequency, one line per excitation coloured from blue (lowest) to red (highest),
 // both axes logarithmic and one deviation scale for every channel so they compare at a glance.
-// Only measured tests with a positive deviation are drawn.
+// Only measured tests with a positive deviation are drawn; suspect ones are ringed in red.
 class NoiseChart : public QWidget {
     Q_OBJECT
 public:
@@ -34,6 +34,7 @@ protected:
 
 private:
     void paint(QPainter& painter, const QRect& area) const;
+    void paintSuspectKey(QPainter& painter, const QRect& area) const;
 
     const NoisePlan* m_plan = nullptr;
     const NoiseResults* m_results = nullptr;

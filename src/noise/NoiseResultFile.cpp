@@ -2,8 +2,8 @@
 
 #include "support/SaveAtomically.h"
 
+#include <QDir>
 #include <QFileInfo>
-#include <utility>
 
 namespace kx {
 
@@ -16,12 +16,22 @@ QString firstFreeNoiseFile(const QString& folder, const QString& serial) {
     }
 }
 
+QString besideResultFile(const QString& resultPath, const QString& extension) {
+    const QFileInfo results(resultPath);
+    return results.dir().filePath(results.completeBaseName() + extension);
+}
+
 NoiseResultFile::Outcome NoiseResultFile::save(const QByteArray& contents) {
-    if (saveAtomically(m_path, contents)) {
-        m_failing = false;
+    const bool wasFailing = failing();
+    m_error = saveAtomically(m_path, contents).error;
+    if (!failing())
         return Outcome::Saved;
-    }
-    return std::exchange(m_failing, true) ? Outcome::StillFailing : Outcome::Failed;
+    return wasFailing ? Outcome::StillFailing : Outcome::Failed;
+}
+
+NoiseResultFile::Outcome NoiseResultFile::saveAs(const QString& path, const QByteArray& contents) {
+    m_path = path;
+    return save(contents);
 }
 
 } // namespace kx

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QString>
+#include <QStringList>
 
 namespace kx {
 
@@ -22,8 +23,15 @@ void printInZone(QString& line, const QString& item);
 // print as zeros.
 QByteArray noiseResultFile(const NoisePlan& plan, const NoiseResults& results);
 
-// The line lstResults shows for one finished test.
+// The line lstResults shows for one finished test, with what makes it suspect at the end.
 QString noiseListLine(const NoisePlan& plan, const NoiseResults& results, qsizetype frequency,
                       qsizetype excitation);
+
+// The two heading lines above lstResults: each column's name and unit, right-aligned over its
+// figures, for `channels` channels.
+QStringList noiseListHeading(qsizetype channels);
+
+// "suspect: buffer overrun, load change", or empty for NoiseResults::NotSuspect.
+QString suspicionText(quint8 marks);
 
 } // namespace kx

@@ -9,11 +9,13 @@ NoiseResults::NoiseResults(qsizetype channels, qsizetype frequencies, qsizetype 
     , m_frequencies(frequencies)
     , m_excitations(excitations)
     , m_values(static_cast<std::size_t>(channels * frequencies * excitations))
-    , m_measured(static_cast<std::size_t>(frequencies * excitations)) {}
+    , m_measured(static_cast<std::size_t>(frequencies * excitations))
+    , m_marks(m_measured.size()) {}
 
 void NoiseResults::clear() {
     std::ranges::fill(m_values, std::array<double, 3>{});
     std::fill(m_measured.begin(), m_measured.end(), false);
+    std::ranges::fill(m_marks, NotSuspect);
 }
 
 void NoiseResults::store(qsizetype frequency, qsizetype excitation, const ChannelValues& r1,
@@ -24,11 +26,19 @@ void NoiseResults::store(qsizetype frequency, qsizetype excitation, const Channe
         };
         m_values[cell(c, frequency, excitation)] = {at(r1), at(r2), at(r3)};
     }
-    m_measured[static_cast<std::size_t>(excitation * m_frequencies + frequency)] = true;
+    m_measured[test(frequency, excitation)] = true;
 }
 
 bool NoiseResults::empty() const {
-    return std::ranges::none_of(m_measured, [](bool measured) { return measured; });
+    return measuredCount() == 0;
+}
+
+qsizetype NoiseResults::measuredCount() const {
+    return std::ranges::count(m_measured, true);
+}
+
+qsizetype NoiseResults::suspectCount() const {
+    return std::ranges::count_if(m_marks, [](quint8 marks) { return marks != NotSuspect; });
 }
 
 } // namespace kx

@@ -2,23 +2,25 @@
 
 #include "noise/NoiseChart.h"
 #include "noise/NoiseResultText.h"
+#include "noise/NoiseSession.h"
 #include "resources/StringTable.h"
-#include "support/Clock.h"
 #include "support/Folders.h"
 #include "support/IniFile.h"
 #include "support/NumberFormat.h"
-#include "support/Rounding.h"
-#include "support/SaveAtomically.h"
 
 #include <QFontDatabase>
 #include <QGridLayout>
 #include <QGroupBox>
 #include <QHBoxLayout>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QListWidget>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QStatusBar>
+#include <QStyle>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -28,10 +30,10 @@ namespace {
 constexpr int AcquireCaption = 10;
 constexpr int OkCaption = 20;
 constexpr int CancelCaption = 30;
-
-// The library's settling option of a zero acquisition, passed as the plate expects it.
-constexpr qint32 ZeroOption = 30;
-constexpr int TimerMs = 1000;
+// The results list shows this many characters of its lines and scrolls sideways for the rest,
+// so the dialog fits a 1366 x 768 screen beside the picture.
+constexpr int VisibleLineCharacters = 64;
+const QColor SuspectColour(200, 0, 0);
 
 QLabel* valueLabel(QLabel* label, const QString& accessibleName) {
     label->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
@@ -40,10 +42,12 @@ QLabel* valueLabel(QLabel* label, const QString& accessibleName) {
     label->setAccessibleName(QString(accessibleName).remove(u'&').remove(u':').trimmed());
     return label;
 }
+
 } // namespace
 
 frmNoise::frmNoise(const ToolContext& context, QWidget* parent)
-    : ToolDialog(context, strings::NoiseBlock, parent) {
+    : ToolDialog(context, strings::NoiseBlock, parent)
+    , m_session(new NoiseSession(context.clock, context.prompt, this)) {
     setObjectName(QStringLiteral("frmNoise"));
     setWindowTitle(text(0));
 
@@ -61,11 +65,14 @@ frmNoise::frmNoise(const ToolContext& context, QWidget* parent)
     StatusBar1Panel2 = new QLabel(StatusBar1);
     StatusBar1Panel2->setObjectName(QStringLiteral("StatusBar1Panel2"));
     StatusBar1->addWidget(StatusBar1Panel1, 1);
-    StatusBar1->addPermanentWidget(StatusBar1Panel2);
+    // A long reason must not widen the dialog past the screen: the panel shares the room there
+    // is while it has something to say, and its tip gives the whole text.
+    StatusBar1Panel2->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+    StatusBar1Panel2->hide();
+    StatusBar1->addPermanentWidget(StatusBar1Panel2, 1);
     // The progress of a test shows beside the status, so the dialog keeps its size.
     StatusBar1->addPermanentWidget(ProgressBar1, 1);
-    Timer1 = clock().createTimer(this);
-    Timer1->setObjectName(QStringLiteral("Timer1"));
+    Timer1 = m_session->waitTimer();
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(cmdAcquire);
@@ -78,15 +85,34 @@ frmNoise::frmNoise(const ToolContext& context, QWidget* parent)
     layout->addLayout(buttons);
     layout->addWidget(StatusBar1);
 
-    connect(cmdAcquire, &QPushButton::clicked, this, &frmNoise::cmdAcquire_Click);
-    connect(cmdOK, &QPushButton::clicked, this, &QWidget::close);
-    connect(cmdCancel, &QPushButton::clicked, this, &QWidget::close);
-    connect(Timer1, &Timer::timeout, this, &frmNoise::Timer1_Timer);
+    connect(cmdAcquire, &QPushButton::clicked, m_session, &NoiseSession::start);
+    connect(cmdOK, &QPushButton::clicked, this, &QDialog::accept);
+    connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
+    connect(m_session, &NoiseSession::changed, this, &frmNoise::showSession);
+    connect(m_session, &NoiseSession::progressed, this, &frmNoise::showProgress);
+    connect(m_session, &NoiseSession::runStarted, lstResults, &QListWidget::clear);
+    connect(m_session, &NoiseSession::testStored, this, &frmNoise::showTest);
+    connect(m_session, &NoiseSession::testMarked, this, &frmNoise::showTest);
+    // A silent plate ends its test as a read time-out does, with the same message and controls.
+    connect(m_session, &NoiseSession::silent, this,
+            [this] { reportDeviceEvent(DeviceEvent::ReadTimeout); });
+    m_session->setPicture([this] { return picNoise->png(); });
     // Then the abort, the message and the controls: cmdAcquire and cmdCancel on, cmdOK off.
-    setDeviceErrorActions({.stop = [this] {
-        stopRun();
-        repaint();
-    }});
+    // Only a test being measured can time out; a late event changes nothing.
+    setDeviceErrorActions({.stop =
+                               [this] {
+                                   m_session->stop(NoiseSession::Ending::TimedOut);
+                                   repaint();
+                               },
+                           .applies = [this](DeviceEvent) { return m_session->measuring(); }});
+}
+
+QString frmNoise::resultPath() const {
+    return m_session->resultPath();
+}
+
+bool frmNoise::running() const {
+    return m_session->running();
 }
 
 QLabel* frmNoise::makeLabel(const char* objectName, const QString& caption, QWidget* parent) {
@@ -110,6 +136,9 @@ QGroupBox* frmNoise::buildTestParamFrame() {
         valueLabel(makeLabel("lblExcitationTxt", {}, frmTestParam), lblExcTitke->text());
     lblDuration = makeLabel("lblDuration", strings::text(s::Duration), frmTestParam);
     lblDurationTxt = valueLabel(makeLabel("lblDurationTxt", {}, frmTestParam), lblDuration->text());
+    lblRun = makeLabel("lblRun", strings::text(s::Run), frmTestParam);
+    lblRunTxt = valueLabel(makeLabel("lblRunTxt", {}, frmTestParam), lblRun->text());
+    lblRunTxt->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
 
     auto* grid = new QGridLayout(frmTestParam);
     grid->addWidget(lblTitleF, 0, 0);
@@ -122,6 +151,8 @@ QGroupBox* frmNoise::buildTestParamFrame() {
     grid->addWidget(lblExcitationTxt, 1, 4);
     grid->addWidget(lblDuration, 0, 6);
     grid->addWidget(lblDurationTxt, 0, 7);
+    grid->addWidget(lblRun, 1, 6);
+    grid->addWidget(lblRunTxt, 1, 7, 1, 2);
     grid->setColumnMinimumWidth(2, 24);
     grid->setColumnMinimumWidth(5, 24);
     grid->setColumnStretch(8, 1);
@@ -133,213 +164,147 @@ QGroupBox* frmNoise::buildResultsFrame() {
     frmResults->setObjectName(QStringLiteral("frmResults"));
     lstResults = new QListWidget(frmResults);
     lstResults->setObjectName(QStringLiteral("lstResults"));
-    lstResults->setAccessibleName(QString(frmResults->title()).remove(u':'));
-    // Fixed pitch, so the columns of the lines stand under each other.
+    // Fixed pitch, so the columns of the lines stand under each other; scrolled in pixels, so
+    // that the heading can follow exactly.
     lstResults->setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));
+    lstResults->setHorizontalScrollMode(QAbstractItemView::ScrollPerPixel);
+    lstResults->setAccessibleName(QString(frmResults->title()).remove(u':'));
+    lstResults->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
     const int lineWidth =
-        lstResults->fontMetrics().horizontalAdvance(QString(PrintZoneWidth * 10, u'0'));
-    lstResults->setMinimumSize(lineWidth, 320);
+        lstResults->fontMetrics().horizontalAdvance(QString(VisibleLineCharacters, u'0'));
+    lstResults->setMinimumSize(lineWidth, 240);
+    // The heading is the same fixed-pitch text, set in from the frame as the list's items are,
+    // in a strip that follows the results when they scroll sideways.
+    lblHeading = new QLabel(frmResults);
+    lblHeading->setObjectName(QStringLiteral("lblHeading"));
+    lblHeading->setFont(lstResults->font());
+    lblHeading->setTextFormat(Qt::PlainText);
+    const int inset =
+        lstResults->style()->pixelMetric(QStyle::PM_FocusFrameHMargin, nullptr, lstResults) + 1;
+    lblHeading->setContentsMargins(inset, 2, inset, 2);
+    fraHeading = new QScrollArea(frmResults);
+    fraHeading->setObjectName(QStringLiteral("fraHeading"));
+    fraHeading->setFrameStyle(lstResults->frameStyle());
+    fraHeading->setWidget(lblHeading);
+    fraHeading->setFocusPolicy(Qt::NoFocus);
+    fraHeading->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    fraHeading->setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    fraHeading->setBackgroundRole(QPalette::Base);
+    fraHeading->setMinimumWidth(lineWidth);
+    fraHeading->setFixedHeight(2 * lblHeading->fontMetrics().lineSpacing() + 4 +
+                               2 * fraHeading->frameWidth());
+    // As wide as the results' lines (a negative average or a suspect mark makes one longer
+    // than the heading), so the two scroll alike to the end.
+    connect(lstResults->horizontalScrollBar(), &QScrollBar::rangeChanged, lblHeading,
+            [this](int, int most) {
+                lblHeading->resize(std::max(lblHeading->sizeHint().width(),
+                                            most + fraHeading->viewport()->width()),
+                                   lblHeading->height());
+            });
+    connect(lstResults->horizontalScrollBar(), &QScrollBar::valueChanged,
+            fraHeading->horizontalScrollBar(), &QScrollBar::setValue);
     picNoise = new NoiseChart(frmResults);
     picNoise->setObjectName(QStringLiteral("picNoise"));
     picNoise->setAccessibleName(strings::text(strings::noise::ChartDeviation));
-    picNoise->setMinimumSize(360, 460);
+    picNoise->setMinimumSize(360, 420);
 
+    auto* list = new QVBoxLayout;
+    list->setSpacing(0);
+    list->addWidget(fraHeading);
+    list->addWidget(lstResults, 1);
     auto* row = new QHBoxLayout(frmResults);
-    row->addWidget(lstResults, 3);
+    row->addLayout(list, 3);
     row->addWidget(picNoise, 2);
     return frmResults;
 }
 
 void frmNoise::loading() {
-    const IniFile ini = IniFile::sharedProfile();
-    CreateFolderPath(FolderOfPath(ini.path()));
-    m_plan = NoisePlan::read(ini);
-    m_planRead = true;
-    m_results = NoiseResults(m_plan.channels, m_plan.frequencyCount(), m_plan.excitationCount());
-    m_sequence = NoiseSequence(m_plan.frequencyCount(), m_plan.excitationCount());
-    picNoise->setData(&m_plan, &m_results);
-    lblDurationTxt->setText(formatGeneral(m_plan.testDuration));
-
-    const bool ready = device() && runDevice([this] {
-                           m_file = NoiseResultFile(
-                               firstFreeNoiseFile(DocumentsFolder(), device()->SerialNumber()));
-                           m_savedFrequency = device()->SampleFrequency(Which::Current);
-                           m_savedExcitation = device()->GageVoltage(Which::Current);
-                       });
+    const bool ready = m_session->open(device(), IniFile::sharedProfile(), DocumentsFolder());
+    const NoiseSession& session = *m_session;
+    picNoise->setData(&session.plan(), &session.results());
+    lblHeading->setText(noiseListHeading(session.results().channels()).join(u'\n'));
+    lblHeading->adjustSize();
+    lblDurationTxt->setText(formatGeneral(session.plan().testDuration));
     cmdAcquire->setEnabled(ready);
-    setStatus(strings::text(ready ? strings::noise::Ready : strings::noise::NoPlatform));
-    if (!device())
-        return;
-    connect(device(), &PlateDevice::ZeroProgress, this, &frmNoise::ZeroProgress);
-    connect(device(), &PlateDevice::ZeroDone, this,
-            [this](qint32, const ChannelValues& r1, const ChannelValues& r2,
-                   const ChannelValues& r3) { ZeroDone(r1, r2, r3); });
+    showSession();
 }
 
-void frmNoise::cmdAcquire_Click() {
-    if (!device() || m_running)
-        return;
-    cmdAcquire->setEnabled(false);
-    m_results.clear();
-    lstResults->clear();
+void frmNoise::showSession() {
+    const NoiseSession& session = *m_session;
+    StatusBar1Panel1->setText(session.status());
+    StatusBar1Panel2->setText(session.fileStatus());
+    StatusBar1Panel2->setToolTip(session.fileStatus());
+    StatusBar1Panel2->setVisible(!session.fileStatus().isEmpty());
+    lblRunTxt->setText(session.progressText());
+    // The controls follow the session's changes of state only: a device error's reaction sets
+    // them its own way after the session has stopped.
+    if (session.running() != m_shownRunning) {
+        m_shownRunning = session.running();
+        cmdAcquire->setEnabled(!m_shownRunning);
+        // A stray Enter must not end a night's run.
+        cmdOK->setDefault(!m_shownRunning);
+    }
+    if (session.measuring() != m_shownMeasuring) {
+        m_shownMeasuring = session.measuring();
+        ProgressBar1->setVisible(m_shownMeasuring);
+        cmdOK->setEnabled(!m_shownMeasuring);
+        cmdCancel->setEnabled(!m_shownMeasuring);
+        showProgress();
+    }
+    if (session.running()) {
+        const NoisePlan& plan = session.plan();
+        const qsizetype f = session.sequence().frequencyIndex();
+        const qsizetype e = session.sequence().excitationIndex();
+        const QString of = strings::text(strings::noise::Of);
+        lblF->setText(QString::number(f + 1) + of + QString::number(plan.frequencyCount()));
+        lblV->setText(QString::number(e + 1) + of + QString::number(plan.excitationCount()));
+        lblExcitationTxt->setText(formatNumber(plan.excitations[e], u"0.000"));
+        lblFreqTxt->setText(formatNumber(plan.frequencies[f], u"0.000"));
+    }
+}
+
+void frmNoise::showProgress() {
+    ProgressBar1->setMaximum(m_session->progressMaximum());
+    ProgressBar1->setValue(m_session->progress());
+}
+
+void frmNoise::showTest(qsizetype test) {
+    QListWidgetItem* item = lstResults->item(int(test));
+    if (!item) {
+        item = new QListWidgetItem(lstResults);
+        lstResults->scrollToBottom();
+    }
+    const NoiseResults& results = m_session->results();
+    const qsizetype nF = results.frequencies();
+    item->setText(m_session->listLine(test));
+    if (results.marks(test % nF, test / nF) != NoiseResults::NotSuspect)
+        item->setForeground(SuspectColour);
     picNoise->update();
-    m_sequence.restart();
-    m_running = true;
-    prepareTest();
 }
 
-void frmNoise::prepareTest() {
-    const qsizetype f = m_sequence.frequencyIndex();
-    const qsizetype e = m_sequence.excitationIndex();
-    const bool set = runDevice([&] {
-        device()->SetSampleFrequency(Which::Current, m_plan.frequencies[f]);
-        device()->SetGageVoltage(Which::Current, m_plan.excitations[e]);
-        // The file shows what the plate took, not what was asked.
-        m_plan.frequencies[f] = device()->SampleFrequency(Which::Current);
-        m_plan.excitations[e] = device()->GageVoltage(Which::Current);
-    });
-    if (!set) {
-        stopRun();
+void frmNoise::done(int result) {
+    if (!m_session->mayLeave(result == QDialog::Accepted, deviceRemoved()))
+        return;
+    ToolDialog::done(result);
+}
+
+void frmNoise::keyPressEvent(QKeyEvent* event) {
+    // With no default button during a run, Enter would do nothing at all; it asks instead, as
+    // OK would.
+    const bool enter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (enter && m_session->running() && event->modifiers() == Qt::NoModifier) {
+        accept();
         return;
     }
-    const QString of = strings::text(strings::noise::Of);
-    lblF->setText(QString::number(f + 1) + of + QString::number(m_plan.frequencyCount()));
-    lblV->setText(QString::number(e + 1) + of + QString::number(m_plan.excitationCount()));
-    lblExcitationTxt->setText(formatNumber(m_plan.excitations[e], u"0.000"));
-    lblFreqTxt->setText(formatNumber(m_plan.frequencies[f], u"0.000"));
-    lblDurationTxt->setText(formatGeneral(m_plan.testDuration));
-    setStatus(strings::text(strings::noise::WaitingToStart));
-    m_waitStart = clock().tickCount();
-    Timer1->start(TimerMs);
-}
-
-void frmNoise::Timer1_Timer() {
-    const quint32 elapsed = clock().tickCount() - m_waitStart;
-    const float wait = m_sequence.waitSeconds(m_plan);
-    if (!NoiseSequence::waitIsOver(elapsed, wait)) {
-        setStatus(m_sequence.countdownText(elapsed, wait));
-        return;
-    }
-    Timer1->stop();
-    setStatus({}); // the progress bar tells from here on
-    startTest();
-}
-
-void frmNoise::startTest() {
-    const bool started = runDevice([this] {
-        const double hertz = device()->SampleFrequency(Which::Current);
-        const qint32 samples =
-            std::max(1, roundHalfEven(static_cast<double>(m_plan.testDuration) * hertz));
-        ProgressBar1->setMaximum(samples);
-        ProgressBar1->setValue(0);
-        showMeasuring(true);
-        device()->FlushData();
-        device()->CalibrateSelf();
-        const double settled = device()->SampleFrequency(Which::Current);
-        m_measuring = true;
-        device()->StartZero(samples, true, ZeroOption, roundHalfEven(0.5 * settled));
-    });
-    if (!started)
-        stopRun();
-}
-
-void frmNoise::ZeroProgress(qint32 samples) {
-    if (m_measuring)
-        ProgressBar1->setValue(std::min(samples, ProgressBar1->maximum()));
-}
-
-void frmNoise::ZeroDone(const ChannelValues& r1, const ChannelValues& r2, const ChannelValues& r3) {
-    if (!m_measuring)
-        return;
-    m_measuring = false;
-    const qsizetype f = m_sequence.frequencyIndex();
-    const qsizetype e = m_sequence.excitationIndex();
-    m_results.store(f, e, r1, r2, r3);
-    lstResults->addItem(noiseListLine(m_plan, m_results, f, e));
-    lstResults->scrollToBottom();
-    picNoise->update();
-    showMeasuring(false);
-    saveResults();
-    if (m_sequence.advance())
-        prepareTest();
-    else
-        finishRun();
-}
-
-void frmNoise::finishRun() {
-    Timer1->stop();
-    m_running = false;
-    cmdAcquire->setEnabled(true);
-    setStatus(strings::text(strings::noise::TestsDone));
-    saveResults();
-    savePicture();
-    restorePlate();
-}
-
-void frmNoise::stopRun() {
-    if (!m_running)
-        return;
-    Timer1->stop();
-    m_running = false;
-    if (m_measuring && !deviceRemoved())
-        runDevice([this] { device()->StopAcquisition(); });
-    m_measuring = false;
-    showMeasuring(false);
-    cmdAcquire->setEnabled(true);
-    setStatus(strings::text(strings::noise::Ready));
-    // What was measured is in the file already, unless its last save failed.
-    if (m_file.failing())
-        saveResults();
-    if (!m_results.empty())
-        savePicture();
-    restorePlate();
-}
-
-void frmNoise::restorePlate() {
-    if (!device() || deviceRemoved())
-        return;
-    runDevice([this] {
-        device()->SetSampleFrequency(Which::Current, m_savedFrequency);
-        device()->SetGageVoltage(Which::Current, m_savedExcitation);
-    });
-}
-
-void frmNoise::saveResults() {
-    switch (m_file.save(noiseResultFile(m_plan, m_results))) {
-    case NoiseResultFile::Outcome::Saved:
-        StatusBar1Panel2->clear();
-        break;
-    case NoiseResultFile::Outcome::Failed:
-        StatusBar1Panel2->setText(strings::text(strings::noise::FileNotSaved));
-        break;
-    case NoiseResultFile::Outcome::StillFailing:
-        break;
-    }
-}
-
-void frmNoise::savePicture() {
-    QString path = m_file.path();
-    path.replace(path.size() - 4, 4, QStringLiteral(".png"));
-    if (const SaveResult saved = saveAtomically(path, picNoise->png()); !saved)
-        StatusBar1Panel2->setText(saved.error);
-}
-
-void frmNoise::showMeasuring(bool measuring) {
-    ProgressBar1->setVisible(measuring);
-    cmdOK->setEnabled(!measuring);
-    cmdCancel->setEnabled(!measuring);
-}
-
-void frmNoise::setStatus(const QString& status) {
-    StatusBar1Panel1->setText(status);
+    ToolDialog::keyPressEvent(event);
 }
 
 void frmNoise::unloading() {
-    stopRun();
-    if (m_planRead)
-        m_plan.write(IniFile::sharedProfile());
+    m_session->stop(deviceRemoved() ? NoiseSession::Ending::Removed
+                                    : NoiseSession::Ending::Stopped);
+    m_session->savePlan(IniFile::sharedProfile());
     if (device())
-        disconnect(device(), nullptr, this, nullptr);
+        disconnect(device(), nullptr, m_session, nullptr);
 }
 
 } // namespace kx

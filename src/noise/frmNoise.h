@@ -1,37 +1,36 @@
 #pragma once
 
 #include "device/ToolDialog.h"
-#include "noise/NoisePlan.h"
-#include "noise/NoiseResultFile.h"
-#include "noise/NoiseResults.h"
-#include "noise/NoiseSequence.h"
 
 class QGroupBox;
 class QLabel;
 class QListWidget;
 class QProgressBar;
 class QPushButton;
+class QScrollArea;
 class QStatusBar;
 
 namespace kx {
 
 class NoiseChart;
+class NoiseSession;
 
-// "Noise Test": the unattended survey of a plate's zero statistics at every sampling frequency
-// and bridge excitation of the plan in the shared INI file, after a warm-up delay and with a
-// settling wait before every test. Each finished test adds a line to lstResults, a point to
-// the picture and rewrites the result file, so the file is complete up to the last finished
-// test however the run ends. The plate's own frequency and excitation come back when the run
-// ends, however it ends.
+// "Noise Test": the view of a NoiseSession, the unattended survey of a plate's zero statistics
+// at every sampling frequency and bridge excitation of the plan in the shared INI file. Each
+// finished test adds a line to lstResults (under its column heading) and a point to the
+// picture; suspect tests are marked in both. Every way out of a run in progress (OK, Cancel,
+// Enter, Esc, the title bar's close) asks first, and OK is not the default button meanwhile.
 class frmNoise : public ToolDialog {
     Q_OBJECT
 public:
     explicit frmNoise(const ToolContext& context, QWidget* parent = nullptr);
 
+    NoiseSession& session() const { return *m_session; }
     // The result file of this opening, chosen when the dialog loads; empty without a plate.
-    QString resultPath() const { return m_file.path(); }
-    const NoisePlan& plan() const { return m_plan; }
-    bool running() const { return m_running; }
+    QString resultPath() const;
+    bool running() const;
+
+    void done(int result) override;
 
     QPushButton* cmdAcquire;
     QPushButton* cmdOK;
@@ -47,47 +46,35 @@ public:
     QLabel* lblExcitationTxt; // read back, "0.000"
     QLabel* lblDuration;
     QLabel* lblDurationTxt;
+    QLabel* lblRun;
+    QLabel* lblRunTxt; // "test 7 of 100, starts in 0:04:59, ends about 17:40"
     QGroupBox* frmResults;
+    QScrollArea* fraHeading; // scrolls sideways with lstResults
+    QLabel* lblHeading;      // the columns' names and units
     QListWidget* lstResults;
     NoiseChart* picNoise;
     QProgressBar* ProgressBar1;
     QStatusBar* StatusBar1;
     QLabel* StatusBar1Panel1; // status and countdown
-    QLabel* StatusBar1Panel2; // a result file that could not be written
-    Timer* Timer1;
+    QLabel* StatusBar1Panel2; // files that could not be written
+    Timer* Timer1;            // the session's countdown timer
 
 protected:
     void loading() override;
     void unloading() override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private:
     QLabel* makeLabel(const char* objectName, const QString& caption, QWidget* parent);
     QGroupBox* buildTestParamFrame();
     QGroupBox* buildResultsFrame();
-    void cmdAcquire_Click();
-    void prepareTest();
-    void Timer1_Timer();
-    void startTest();
-    void ZeroProgress(qint32 samples);
-    void ZeroDone(const ChannelValues& r1, const ChannelValues& r2, const ChannelValues& r3);
-    void finishRun();
-    void stopRun();
-    void restorePlate();
-    void saveResults();
-    void savePicture();
-    void showMeasuring(bool measuring);
-    void setStatus(const QString& status);
+    void showSession();
+    void showProgress();
+    void showTest(qsizetype test);
 
-    NoisePlan m_plan;
-    NoiseResults m_results{0, 0, 0};
-    NoiseSequence m_sequence{0, 0};
-    NoiseResultFile m_file;
-    float m_savedFrequency = 0;
-    float m_savedExcitation = 0;
-    quint32 m_waitStart = 0;
-    bool m_planRead = false; // a dialog closed before it loaded must not overwrite the plan
-    bool m_running = false;
-    bool m_measuring = false;
+    NoiseSession* m_session;
+    bool m_shownRunning = false;
+    bool m_shownMeasuring = false;
 };
 
 } // namespace kx

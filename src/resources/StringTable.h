@@ -42,6 +42,9 @@ inline constexpr int ApplicationTitle = 100;
 namespace mainwindow {
 inline constexpr int SplashLinux = 29;     // "For Linux"; the kernel version follows
 inline constexpr int RefreshDevices = 215; // cmdDevRefresh
+// Settings or profile values that could not be written: %1 the file, %2 why.
+inline constexpr int SettingsNotSaved = 960;
+inline constexpr int SettingsLost = 961; // ... when the program ends
 } // namespace mainwindow
 
 namespace meter {
@@ -68,6 +71,7 @@ inline constexpr int SampFreq = 7130;       // lblSampFreq, beside lblFreqTxt
 inline constexpr int Duration = 7140;       // lblDuration, beside lblDurationTxt
 inline constexpr int ExcTitke = 7150;       // lblExcTitke, beside lblExcitationTxt
 inline constexpr int Of = 7160;             // " of " in lblF and lblV
+inline constexpr int Run = 7170;            // lblRun, beside lblRunTxt: the run as a whole
 inline constexpr int NoPlatform = 7200;
 inline constexpr int Ready = 7210;
 inline constexpr int WaitingToStart = 7220; // status while a test is prepared
@@ -75,11 +79,62 @@ inline constexpr int Waiting = 7230;        // the countdown: "Waiting" + " 3542
 inline constexpr int ToStartTests = 7231;   // ... before the first test
 inline constexpr int ToStartTest = 7232;    // ... before the others
 inline constexpr int TestsDone = 7240;      // status at the end of a run
-inline constexpr int FileNotSaved = 7250;   // status while the result file cannot be written
-inline constexpr int ResultsFrame = 7300;   // frmResults
+inline constexpr int FileNotSaved = 7250;   // while the result file cannot be written: %1 why
+inline constexpr int FileNotSavedOk = 7251; // ... once the run is over
+inline constexpr int PictureNotSaved = 7252;
+inline constexpr int LogNotSaved = 7253;
+inline constexpr int RunWaiting = 7260;   // lblRunTxt: test, tests, h:mm:ss to go, end time
+inline constexpr int RunMeasuring = 7261; // lblRunTxt: test, tests, end time
+inline constexpr int ResultsFrame = 7300; // frmResults
+// lblHeading: each column's name and unit above lstResults.
+inline constexpr int HeadExcitation = 7310;
+inline constexpr int HeadFrequency = 7311;
+inline constexpr int HeadAverage = 7312; // %1 the channel
+inline constexpr int HeadDeviation = 7313;
+inline constexpr int HeadRange = 7314;
+inline constexpr int HeadVolts = 7315;
+inline constexpr int HeadHertz = 7316;
+inline constexpr int HeadCodes = 7317;
+// A suspect test's line: "suspect: " and its reasons.
+inline constexpr int Suspect = 7330;
+inline constexpr int SuspectOverrun = 7331;
+inline constexpr int SuspectClipping = 7332;
+inline constexpr int SuspectLoadChange = 7333;
+inline constexpr int OnChannel = 7334;      // after the load change, in the log
 inline constexpr int ChartChannel = 7410;   // picNoise: "Channel " + number
 inline constexpr int ChartDeviation = 7420; // picNoise: what is plotted
 inline constexpr int ChartFrequency = 7430; // picNoise: the horizontal axis
+inline constexpr int ChartSuspect = 7440;   // picNoise: the ring around a suspect test
+// Questions: stopping a run, leaving unsaved results, a results folder that cannot be used.
+inline constexpr int StopQuestion = 7500; // %1 tests done of %2
+inline constexpr int StopQuestionUnsaved = 7501;
+inline constexpr int StopRun = 7502;
+inline constexpr int KeepRunning = 7503;
+inline constexpr int UnsavedQuestion = 7510; // %1 the file, %2 why
+inline constexpr int SaveElsewhere = 7511;
+inline constexpr int DiscardResults = 7512;
+inline constexpr int GoBack = 7513;
+inline constexpr int FolderQuestion = 7520; // %1 the folder, %2 why
+inline constexpr int StartAnyway = 7521;
+inline constexpr int DoNotStart = 7522;
+inline constexpr int FolderNotMade = 7523;
+inline constexpr int FolderNotWritable = 7524;
+inline constexpr int SaveAsTitle = 7530;
+inline constexpr int SaveAsFilter = 7531;
+inline constexpr int SaveAsFailed = 7532; // %1 the file, %2 why
+// The run's log beside the result file.
+inline constexpr int LogStart = 7600;
+inline constexpr int LogTest = 7601; // "Test 7 of 100 (0.500 V, 64.000 Hz) ", then the marks
+inline constexpr int LogFinished = 7610;
+inline constexpr int LogStopped = 7611;
+inline constexpr int LogTimedOut = 7612;
+inline constexpr int LogRemoved = 7613;
+inline constexpr int LogSilent = 7614;
+inline constexpr int LogNotRestored = 7615;
+inline constexpr int LogResultsNotSaved = 7620;
+inline constexpr int LogPictureNotSaved = 7621;
+inline constexpr int LogSavedElsewhere = 7622;
+inline constexpr int LogDiscarded = 7623;
 } // namespace noise
 
 namespace calibrate {

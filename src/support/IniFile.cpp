@@ -2,6 +2,7 @@
 
 #include "support/Folders.h"
 #include "support/SaveAtomically.h"
+#include "support/UnsavedSettings.h"
 
 #include <QByteArray>
 #include <QDir>
@@ -91,6 +92,15 @@ std::optional<QStringView> keyName(QStringView line) {
     return line.first(equals).trimmed();
 }
 
+// A value as the file gives it back: without its blanks and enclosing quotes.
+QString valueText(QStringView text) {
+    text = text.trimmed();
+    if (text.size() >= 2 && (text.front() == u'"' || text.front() == u'\'') &&
+        text.back() == text.front())
+        text = text.sliced(1, text.size() - 2);
+    return text.toString();
+}
+
 bool sameName(QStringView a, QStringView b) {
     return a.compare(b, Qt::CaseInsensitive) == 0;
 }
@@ -120,18 +130,15 @@ IniFile IniFile::sharedProfile() {
 
 QString IniFile::value(const QString& section, const QString& key,
                        const QString& defaultText) const {
+    if (const auto kept = UnsavedSettings::instance().kept(m_path, section, key))
+        return valueText(std::get<QString>(*kept));
     if (const std::optional<IniText> ini = readLines(m_path)) {
         if (const auto body = findSection(ini->lines, section)) {
             for (qsizetype i = body->first; i < body->second; ++i) {
                 const QStringView line = ini->lines[i];
                 const std::optional<QStringView> name = keyName(line);
-                if (!name || !sameName(*name, key))
-                    continue;
-                QStringView text = line.sliced(line.indexOf(u'=') + 1).trimmed();
-                if (text.size() >= 2 && (text.front() == u'"' || text.front() == u'\'') &&
-                    text.back() == text.front())
-                    text = text.sliced(1, text.size() - 2);
-                return text.toString();
+                if (name && sameName(*name, key))
+                    return valueText(line.sliced(line.indexOf(u'=') + 1));
             }
         }
     }
@@ -143,6 +150,20 @@ QString IniFile::value(const QString& section, const QString& key,
 
 SaveResult IniFile::setValue(const QString& section, const QString& key,
                              const QString& text) const {
+    return UnsavedSettings::instance().write(m_path, section, key, text, keptWriter());
+}
+
+SaveResult IniFile::retryUnsaved() const {
+    return UnsavedSettings::instance().retry(m_path, keptWriter());
+}
+
+UnsavedSettings::Writer IniFile::keptWriter() const {
+    return [this](const QString& section, const QString& key, const UnsavedSettings::Value& text) {
+        return write(section, key, std::get<QString>(text));
+    };
+}
+
+SaveResult IniFile::write(const QString& section, const QString& key, const QString& text) const {
     IniText ini;
     if (QFile::exists(m_path)) {
         std::optional<IniText> existing = readLines(m_path);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "support/SaveAtomically.h"
+#include "support/UnsavedSettings.h"
 
 #include <QString>
 #include <utility>
@@ -14,7 +15,9 @@ namespace kx {
 // Nothing is cached: every call reads the file. A write replaces the value of an existing key
 // in place, or adds the key at the end of its section, or adds the section at the end of the
 // file, keeping every other line as it was. Writes are atomic: a file that cannot be written
-// keeps its old contents; the file's folder must exist (see CreateFolderPath).
+// keeps its old contents, and the value is kept for this run of the program (UnsavedSettings.h):
+// reads give it, and the next write to the file, or retryUnsaved(), writes it again. Missing
+// folders are made.
 class IniFile {
 public:
     explicit IniFile(QString path)
@@ -28,8 +31,14 @@ public:
 
     QString value(const QString& section, const QString& key, const QString& defaultText) const;
     SaveResult setValue(const QString& section, const QString& key, const QString& text) const;
+    // Writes the values whose writes failed again.
+    SaveResult retryUnsaved() const;
 
 private:
+    // The value written into the file as it is now.
+    SaveResult write(const QString& section, const QString& key, const QString& text) const;
+    UnsavedSettings::Writer keptWriter() const;
+
     QString m_path;
 };
 

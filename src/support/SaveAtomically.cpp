@@ -3,6 +3,8 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
+#include <cerrno>
+#include <cstring>
 
 namespace kx {
 
@@ -16,14 +18,16 @@ SaveResult saveAtomically(const QString& path, const QByteArray& contents) {
         return {file.errorString()};
     // write() reports a short write only by its count, and commit() overlooks a buffer that
     // could not be flushed: either would publish a cut file.
+    errno = 0;
     const bool whole = file.write(contents) == contents.size() && file.flush();
     if (!whole) {
-        const QString why =
-            file.error() != QFileDevice::NoError
-                ? file.errorString()
-                : QStringLiteral("The disk took only part of the file (is it full?).");
+        // Qt keeps no reason for a failed flush ("Unknown error"); the system's is in errno.
+        const int reason = errno;
         file.cancelWriting();
-        return {why};
+        if (reason == 0)
+            return {QStringLiteral("The disk took only part of the file (is it full?).")};
+        return {QStringLiteral("The disk took only part of the file: %1.")
+                    .arg(QString::fromLocal8Bit(std::strerror(reason)))};
     }
     // commit() syncs the new file to the disk before it takes the old one's place.
     if (!file.commit())

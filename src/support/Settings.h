@@ -1,5 +1,7 @@
 #pragma once
 
+#include "support/SaveAtomically.h"
+
 #include <QString>
 #include <QtGlobal>
 
@@ -13,8 +15,9 @@ enum class SettingsRoot { CurrentUser };
 //
 // Every call reads or writes the store itself; nothing is cached. Key paths separate their
 // levels with "\" (use the constants of SettingsKeys.h); key paths and value names are
-// matched without regard to case. No call reports a failure: a read that fails yields the
-// default and a write that fails is lost.
+// matched without regard to case. A read that fails yields the default. A write that fails is
+// kept for this run of the program (UnsavedSettings.h): later reads give the kept value and the
+// next write, or retryUnsavedSettings(), writes it again; the caller need not keep it.
 //
 // Numbers and texts are kept apart: a number is never read as a text or the other way
 // round, and either reads as the default then. A Boolean is a number, true when non-zero.
@@ -27,14 +30,20 @@ QString GetSettingString(SettingsRoot root, const QString& keyPath, const QStrin
 
 // Stores the text as it is, except that an empty text is stored as one space, so that it
 // reads back as the reader's default. Missing keys are created level by level.
-void SaveSettingString(SettingsRoot root, const QString& keyPath, const QString& valueName,
-                       const QString& text);
+SaveResult SaveSettingString(SettingsRoot root, const QString& keyPath, const QString& valueName,
+                             const QString& text);
 
 // The stored 32-bit number, or the default when it is missing or not a number.
 qint32 GetSettingLong(SettingsRoot root, const QString& keyPath, const QString& valueName,
                       qint32 defaultValue);
 
-void SaveSettingLong(SettingsRoot root, const QString& keyPath, const QString& valueName,
-                     qint32 value);
+SaveResult SaveSettingLong(SettingsRoot root, const QString& keyPath, const QString& valueName,
+                           qint32 value);
+
+// Writes the values whose writes failed again.
+SaveResult retryUnsavedSettings();
+// Where the settings live, as the user would look for them: the settings file's path, or the
+// registry key.
+QString settingsLocation();
 
 } // namespace kx

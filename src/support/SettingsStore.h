@@ -21,5 +21,7 @@ std::optional<SettingValue> readSettingValue(SettingsRoot root, const QString& k
                                              const QString& valueName);
 SaveResult writeSettingValue(SettingsRoot root, const QString& keyPath, const QString& valueName,
                              const SettingValue& value);
+// Where the store keeps the values: the settings file's path, or the registry key.
+QString settingsStoreLocation();
 
 } // namespace kx

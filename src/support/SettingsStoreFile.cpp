@@ -69,4 +69,8 @@ SaveResult writeSettingValue(SettingsRoot root, const QString& keyPath, const QS
     return saveAtomically(path, file.settings.toText());
 }
 
+QString settingsStoreLocation() {
+    return SettingsFile::location();
+}
+
 } // namespace kx

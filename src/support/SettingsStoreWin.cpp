@@ -102,4 +102,8 @@ SaveResult writeSettingValue(SettingsRoot root, const QString& keyPath, const QS
     return result;
 }
 
+QString settingsStoreLocation() {
+    return QStringLiteral("HKEY_CURRENT_USER\\Software\\Quentral, LLC.\\Plates Control Panel");
+}
+
 } // namespace kx

@@ -2,6 +2,9 @@
 #include "DialogFixture.h"
 #include "FileBytes.h"
 #include "FileSizeLimit.h"
+#include "NoisePlanValues.h"
+#include "noise/NoiseChart.h"
+#include "noise/NoiseSession.h"
 #include "noise/frmNoise.h"
 #include "resources/StringTable.h"
 #include "support/IniFile.h"
@@ -15,6 +18,9 @@
 #include <QListWidget>
 #include <QProgressBar>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
+#include <QTest>
 
 namespace kx {
 namespace {
@@ -54,20 +60,10 @@ private:
 class NoiseTest : public test::DialogFixture<frmNoise> {
 protected:
     IniFile ini() const { return IniFile::sharedProfile(); }
-    void plan(std::initializer_list<std::pair<const char*, const char*>> values) {
-        QDir().mkpath(QFileInfo(ini().path()).path());
-        for (const auto& [key, value] : values)
-            ini().setValue("Noise", key, value);
+    static void plan(std::initializer_list<std::pair<const char*, const char*>> values) {
+        test::writeNoisePlan(values);
     }
-    // A plan that runs in minutes: two frequencies, two excitations, 1 s waits, 2 s tests.
-    void smallPlan() {
-        plan({{"Frequencies", "2"},
-              {"Excitations", "2"},
-              {"Test Duration", "2"},
-              {"Initial Delay", "1"},
-              {"Frequency Settling Time", "1"},
-              {"Excitation Settling Time", "1"}});
-    }
+    static void smallPlan() { test::writeSmallNoisePlan(); }
     frmNoise& open() {
         openDialog(&plate);
         times = std::make_unique<TestTimes>(dialog->ProgressBar1, plate, clock);
@@ -147,6 +143,9 @@ TEST_F(NoiseTest, AFullDefaultRunKeepsItsWaitsAndLeavesAWholeFileAndPicture) {
     EXPECT_EQ(dialog->lblF->text(), "1 of 5");
     EXPECT_EQ(dialog->lblV->text(), "1 of 20");
     EXPECT_EQ(dialog->lblDurationTxt->text(), "60");
+    // An hour of warm-up, 100 tests of a minute, 80 waits of 10 s and 19 of 300 s, each wait
+    // ending on the next one-second tick: 4.5 hours from 09:30.
+    EXPECT_EQ(dialog->lblRunTxt->text(), "test 1 of 100, starts in 1:00:01, ends about 14:00");
     clock.advance(58000);
     EXPECT_EQ(dialog->StatusBar1Panel1->text(), "Waiting 3542 s to start tests");
 
@@ -162,6 +161,8 @@ TEST_F(NoiseTest, AFullDefaultRunKeepsItsWaitsAndLeavesAWholeFileAndPicture) {
     EXPECT_EQ(times->starts[1] - times->ends[0], 11000u);
     EXPECT_EQ(times->starts[5] - times->ends[4], 301000u);
     EXPECT_EQ(times->starts[6] - times->ends[5], 11000u);
+    EXPECT_NEAR(times->ends.last() - acquired, 16200000.0, 1000.0);
+    EXPECT_EQ(dialog->lblRunTxt->text(), "");
     EXPECT_EQ(dialog->StatusBar1Panel1->text(), "Tests Done - press OK ot save and exit");
     EXPECT_TRUE(dialog->cmdAcquire->isEnabled());
     EXPECT_TRUE(dialog->cmdOK->isEnabled());
@@ -206,8 +207,9 @@ TEST_F(NoiseTest, TheFileOfASmallPlanIsExactlyTheGoldenOneEvenAfterAFailedSave) 
             full.emplace(64); // smaller than the file
         Q_EMIT plate.ZeroDone(200, {-1000.5 * n, 2e6 * n, 7, 8}, {1.25 * n, 0.5, 0, 0},
                               {7.5 * n, 3, 0, 0});
-        EXPECT_EQ(dialog->StatusBar1Panel2->text(),
-                  test == 0 ? strings::text(strings::noise::FileNotSaved) : QString());
+        EXPECT_EQ(dialog->StatusBar1Panel2->text().startsWith("Results file not saved ("),
+                  test == 0);
+        EXPECT_EQ(dialog->StatusBar1Panel2->text().isEmpty(), test > 0);
         EXPECT_EQ(QFileInfo::exists(dialog->resultPath()), test > 0);
     }
     EXPECT_EQ(dialog->lstResults->item(3)->text(),
@@ -236,7 +238,10 @@ TEST_F(NoiseTest, CancelledAfterThreeTestsTheFileHasZerosForTheRestAndThePlateIs
     // The list, the file and the plan keep what the plate took, not what was asked.
     EXPECT_TRUE(dialog->lstResults->item(1)->text().startsWith(firstExcitation + "   " + taken));
     ASSERT_TRUE(dialog->cmdCancel->isEnabled());
+    prompt.answers = {NoiseSession::StopRun};
     dialog->cmdCancel->click();
+    EXPECT_EQ(prompt.events,
+              QStringList{"ask:Stop the noise test? 3 of 100 tests are done and saved."});
     EXPECT_EQ(unloads, 1);
     EXPECT_EQ(plate.SampleFrequency(Which::Current), 1000.0f);
     EXPECT_EQ(plate.GageVoltage(Which::Current), before);
@@ -261,33 +266,54 @@ TEST_F(NoiseTest, CancelledAfterThreeTestsTheFileHasZerosForTheRestAndThePlateIs
     EXPECT_TRUE(QFileInfo::exists(dialog->resultPath().replace(".TXT", ".png")));
 }
 
-TEST_F(NoiseTest, AReadTimeOutMidTestStopsTheRunAndKeepsWhatWasMeasured) {
+// A read time-out during the second test, and a plate that stops answering then (only the
+// hidden main window hears the driver): 2 x 2 s + 30 s after the test began, having sent no
+// progress since, it ends the same way. Either leaves the message, Acquire and Cancel on, OK
+// off, the plate as it was and the first test in the file.
+TEST_F(NoiseTest, AReadTimeOutOrASilentPlateMidTestEndsTheRunAndKeepsWhatWasMeasured) {
+    struct Failure {
+        const char* what;
+        std::function<void()> happen;
+    };
+    const Failure failures[] = {{"a read time-out",
+                                 [&] {
+                                     clock.advance(500);
+                                     driver.inject("20418", PlateFault::ReadTimeout);
+                                 }},
+                                {"a silent plate", [&] {
+                                     driver.makeNotResponding("20418");
+                                     clock.advance(34000 - 1);
+                                     EXPECT_TRUE(measuring()) << "not before its time";
+                                     clock.advance(1);
+                                 }}};
     smallPlan();
     const float frequencyBefore = plate.SampleFrequency(Which::Current);
-    open();
-    dialog->cmdAcquire->click();
-    ASSERT_TRUE(secondsUntil([&] { return times->starts.size() == 2; }, 20));
-    clock.advance(500);
-    driver.inject("20418", PlateFault::ReadTimeout);
-
-    EXPECT_EQ(prompt.messages, QStringList{strings::text(7930)});
-    EXPECT_TRUE(dialog->cmdAcquire->isEnabled());
-    EXPECT_TRUE(dialog->cmdCancel->isEnabled());
-    EXPECT_FALSE(dialog->cmdOK->isEnabled());
-    EXPECT_FALSE(measuring());
-    EXPECT_FALSE(dialog->running());
-    EXPECT_EQ(plate.SampleFrequency(Which::Current), frequencyBefore);
-    clock.advance(3600 * 1000);
-    EXPECT_EQ(times->starts.size(), 2) << "nothing runs on after the fault";
-    const QList<QStringList> lines = fileItems(dialog->resultPath());
-    ASSERT_EQ(lines.size(), 2);
-    EXPECT_NE(lines[0][3].toDouble(), 0) << "the first test stays in the file";
-    EXPECT_EQ(lines[0][13].toDouble(), 0);
-
-    dialog->cmdAcquire->click(); // the user starts again, into the same file
-    ASSERT_TRUE(secondsUntil([&] { return !dialog->running(); }, 60));
-    EXPECT_EQ(dialog->lstResults->count(), 4);
-    EXPECT_EQ(fileItems(dialog->resultPath()).size(), 2);
+    for (const Failure& failure : failures) {
+        prompt.messages.clear();
+        open();
+        dialog->cmdAcquire->click();
+        ASSERT_TRUE(secondsUntil([&] { return times->starts.size() == 2; }, 20)) << failure.what;
+        failure.happen();
+        EXPECT_EQ(prompt.messages, QStringList{strings::text(7930)}) << failure.what;
+        EXPECT_TRUE(dialog->cmdAcquire->isEnabled()) << failure.what;
+        EXPECT_TRUE(dialog->cmdCancel->isEnabled()) << failure.what;
+        EXPECT_FALSE(dialog->cmdOK->isEnabled()) << failure.what;
+        EXPECT_FALSE(measuring() || dialog->running()) << failure.what;
+        EXPECT_EQ(dialog->StatusBar1Panel1->text(), "Ready") << failure.what;
+        clock.advance(3600 * 1000);
+        EXPECT_EQ(times->starts.size(), 2) << failure.what << ": nothing runs on after the fault";
+        const QList<QStringList> lines = fileItems(dialog->resultPath());
+        ASSERT_EQ(lines.size(), 2) << failure.what;
+        EXPECT_NE(lines[0][3].toDouble(), 0) << failure.what << ": the first test stays";
+        EXPECT_EQ(lines[0][13].toDouble(), 0) << failure.what;
+        if (plate.isResponding()) {
+            EXPECT_EQ(plate.SampleFrequency(Which::Current), frequencyBefore);
+            dialog->cmdAcquire->click(); // the user starts again, into the same file
+            ASSERT_TRUE(secondsUntil([&] { return !dialog->running(); }, 60));
+            EXPECT_EQ(dialog->lstResults->count(), 4);
+            EXPECT_EQ(fileItems(dialog->resultPath()).size(), 2);
+        }
+    }
 }
 
 TEST_F(NoiseTest, UnpluggedItClosesAtOnceAfterOneBoxAndTheFileKeepsTheFirstTest) {
@@ -304,6 +330,177 @@ TEST_F(NoiseTest, UnpluggedItClosesAtOnceAfterOneBoxAndTheFileKeepsTheFirstTest)
     const QList<QStringList> lines = fileItems(path);
     ASSERT_EQ(lines.size(), 2);
     EXPECT_NE(lines[0][3].toDouble(), 0);
+}
+
+// Every way out of a run in progress asks first, in the warm-up and during a test (where OK
+// and Cancel are disabled); Esc answers "keep running", and the run goes on untouched.
+TEST_F(NoiseTest, EnterEscCloseAndCancelDuringTheWarmUpAndMidTestEachAskFirst) {
+    smallPlan();
+    plan({{"Initial Delay", "3600"}});
+    open();
+    ASSERT_TRUE(dialog->cmdOK->isDefault());
+    dialog->cmdAcquire->click();
+    EXPECT_FALSE(dialog->cmdOK->isDefault()) << "a stray Enter must not end the run";
+    const std::pair<const char*, std::function<void()>> ways[] = {
+        {"Enter", [&] { QTest::keyClick(dialog->lstResults, Qt::Key_Return); }},
+        {"Esc", [&] { QTest::keyClick(dialog->lstResults, Qt::Key_Escape); }},
+        {"close", [&] { dialog->close(); }},
+        {"Cancel", [&] { dialog->cmdCancel->click(); }},
+        {"OK", [&] { dialog->cmdOK->click(); }}};
+    for (const bool midTest : {false, true}) {
+        if (midTest) {
+            ASSERT_TRUE(secondsUntil([&] { return measuring(); }, 3700));
+        }
+        for (const auto& [way, leave] : ways) {
+            prompt.events.clear();
+            leave();
+            const bool disabled = midTest && (way == QString("Cancel") || way == QString("OK"));
+            EXPECT_EQ(prompt.events.size(), disabled ? 0 : 1) << way << " mid-test " << midTest;
+            EXPECT_TRUE(dialog->isVisible()) << way;
+            EXPECT_TRUE(dialog->running()) << way;
+        }
+    }
+    ASSERT_EQ(prompt.questions.size(), 5u + 3u);
+    EXPECT_EQ(prompt.questions.back().text,
+              "Stop the noise test? 0 of 4 tests are done and saved.");
+    EXPECT_EQ(times->starts.size(), 1);
+    prompt.answers = {NoiseSession::StopRun};
+    QTest::keyClick(dialog->lstResults, Qt::Key_Escape);
+    EXPECT_EQ(unloads, 1);
+}
+
+// A device error that comes when no test is measured, a zero that ends when none was started:
+// neither has a message nor touches the run.
+TEST_F(NoiseTest, DeviceEventsAtTheWrongMomentChangeNothing) {
+    smallPlan();
+    open();
+    dialog->cmdAcquire->click();
+    driver.inject("20418", PlateFault::ReadTimeout);
+    Q_EMIT plate.WriteTimeout();
+    Q_EMIT plate.ZeroDone(10, {1}, {2}, {3});
+    EXPECT_TRUE(prompt.events.isEmpty());
+    ASSERT_TRUE(secondsUntil([&] { return !dialog->running(); }, 60));
+    EXPECT_EQ(times->ends.size(), 5) << "four tests and the stray zero";
+    EXPECT_EQ(dialog->lstResults->count(), 4);
+    EXPECT_TRUE(prompt.events.isEmpty());
+    EXPECT_EQ(dialog->StatusBar1Panel1->text(), "Tests Done - press OK ot save and exit");
+}
+
+// Nobody watches the plate during the night: an overrun during the second test and a weight
+// put down during the third are marked in red in the list and ringed in the picture.
+TEST_F(NoiseTest, AnOverrunAndALoadPlacedMidTestAreMarkedInTheListAndThePicture) {
+    smallPlan();
+    open();
+    const auto suspectRed = [](const QImage& image) {
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                if (image.pixelColor(x, y) == QColor(200, 0, 0))
+                    return true;
+            }
+        }
+        return false;
+    };
+    dialog->cmdAcquire->click();
+    ASSERT_TRUE(secondsUntil([&] { return times->starts.size() == 2; }, 20));
+    EXPECT_FALSE(suspectRed(dialog->picNoise->picture())) << "nothing suspect yet";
+    driver.inject("20418", PlateFault::BufferOverRun);
+    ASSERT_TRUE(secondsUntil([&] { return times->starts.size() == 3; }, 20));
+    clock.advance(1000);
+    plate.placeWeight(20, 0, 0.18);
+    ASSERT_TRUE(secondsUntil([&] { return !dialog->running(); }, 20));
+
+    QStringList marks;
+    for (int i = 0; i < dialog->lstResults->count(); ++i) {
+        const QListWidgetItem* item = dialog->lstResults->item(i);
+        marks << item->text().section("   ", -1);
+        EXPECT_EQ(item->foreground().color() == QColor(200, 0, 0), i == 1 || i == 2) << i;
+    }
+    EXPECT_EQ(marks[1], "suspect: buffer overrun");
+    EXPECT_EQ(marks[2], "suspect: load change");
+    EXPECT_TRUE(suspectRed(dialog->picNoise->picture()));
+    test::keepScreenshot(*dialog, "frmNoise-suspect-tests");
+    EXPECT_TRUE(QFileInfo::exists(dialog->session().logPath()));
+    EXPECT_EQ(fileItems(dialog->resultPath())[0].size(), 1 + 2 * 10) << "the file keeps its layout";
+}
+
+// The last test's save fails; OK saves again once the disk has room, and closes. Before that,
+// OK asks for another place instead of closing with the results unsaved.
+TEST_F(NoiseTest, TheLastSaveFailsThenOkSavesAgainAndCloses) {
+    smallPlan();
+    open();
+    dialog->cmdAcquire->click();
+    ASSERT_TRUE(secondsUntil([&] { return times->ends.size() == 3; }, 60));
+    {
+        const FileSizeLimit full(64);
+        ASSERT_TRUE(secondsUntil([&] { return !dialog->running(); }, 60));
+        EXPECT_TRUE(dialog->StatusBar1Panel2->text().endsWith("OK saves it again or elsewhere"));
+        EXPECT_LE(dialog->minimumSizeHint().width(), 1366 - 16) << "the long status fits too";
+        dialog->cmdOK->click();
+        EXPECT_EQ(prompt.events, QStringList{"save:Save the Noise Test Results"});
+        EXPECT_EQ(unloads, 0);
+    }
+    dialog->cmdOK->click();
+    EXPECT_EQ(unloads, 1);
+    EXPECT_EQ(fileItems(dialog->resultPath()).size(), 2);
+    EXPECT_NE(fileItems(dialog->resultPath())[1][13].toDouble(), 0) << "the last test is in";
+}
+
+TEST_F(NoiseTest, WithoutADocumentsFolderTheRunMakesItAndSavesThere) {
+    smallPlan();
+    QDir(environment.documentsFolder()).removeRecursively();
+    open();
+    dialog->cmdAcquire->click();
+    ASSERT_TRUE(secondsUntil([&] { return !dialog->running(); }, 60));
+    EXPECT_TRUE(prompt.events.isEmpty());
+    EXPECT_EQ(fileItems(environment.documentsFolder() + "/20418_Noise_1.TXT").size(), 2);
+    EXPECT_TRUE(QFileInfo::exists(environment.documentsFolder() + "/20418_Noise_1.png"));
+}
+
+// The picture is written over its previous version in a child process whose files may not grow
+// past 4 KiB: the results and the log still fit, the picture does not.
+TEST_F(NoiseTest, APictureCutShortIsToldAndTheOldOneStaysByteForByte) {
+    smallPlan();
+    open();
+    dialog->cmdAcquire->click();
+    ASSERT_TRUE(secondsUntil([&] { return !dialog->running(); }, 60));
+    const QString picture = dialog->session().picturePath();
+    const QByteArray before = fileBytes(picture);
+    ASSERT_GT(before.size(), 4096);
+    dialog->cmdAcquire->click();
+    ASSERT_TRUE(secondsUntil([&] { return times->ends.size() == 5; }, 60));
+    EXPECT_EQ(dialog->lstResults->count(), 1) << "the list holds the new run only";
+    const int status = exitStatusUnderFileSizeLimit(4096, [&] {
+        prompt.answers = {NoiseSession::StopRun};
+        dialog->cmdCancel->click();
+        return dialog->StatusBar1Panel2->text().startsWith("Picture not saved (") ? 0 : 1;
+    });
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(fileBytes(picture), before);
+}
+
+// Fits a 1366 x 768 screen with its title bar: the results list scrolls sideways instead, its
+// heading with it.
+TEST_F(NoiseTest, ItFitsTheScreenAndItsHeadingScrollsWithTheResults) {
+    smallPlan();
+    plan({{"Channels", "4"}});
+    open();
+    EXPECT_LE(dialog->minimumSizeHint().width(), 1366 - 16);
+    EXPECT_LE(dialog->minimumSizeHint().height(), 768 - 40);
+    EXPECT_LE(dialog->sizeHint().width(), 1366 - 16);
+    EXPECT_LE(dialog->sizeHint().height(), 768 - 40);
+    const QStringList heading = dialog->lblHeading->text().split('\n');
+    ASSERT_EQ(heading.size(), 2);
+    EXPECT_TRUE(heading[0].endsWith("Ch4 average   deviation       range"));
+    dialog->cmdAcquire->click();
+    ASSERT_TRUE(secondsUntil([&] { return dialog->lstResults->count() > 0; }, 60));
+    dialog->resize(dialog->minimumSizeHint());
+    QCoreApplication::processEvents(); // the layout and the list's geometry follow
+    QScrollBar* sideways = dialog->lstResults->horizontalScrollBar();
+    ASSERT_GT(sideways->maximum(), 0);
+    for (const int value : {sideways->maximum() / 2, sideways->maximum()}) {
+        sideways->setValue(value);
+        EXPECT_EQ(dialog->fraHeading->horizontalScrollBar()->value(), value);
+    }
 }
 
 } // namespace

@@ -7,10 +7,13 @@
 #include "noise/NoiseResultText.h"
 #include "noise/NoiseResults.h"
 #include "noise/NoiseSequence.h"
+#include "noise/NoiseTimeline.h"
+#include "noise/SuspectTests.h"
 #include "support/IniFile.h"
 
 #include <QDir>
 #include <QFile>
+#include <QLocale>
 #include <gtest/gtest.h>
 #include <tuple>
 
@@ -176,6 +179,126 @@ TEST(NoiseResultFile, AFailedSaveIsReportedOnceKeepsTheLastWholeFileAndIsRetried
     EXPECT_EQ(fileBytes(file.path()), "fourth\r\n");
     const FileSizeLimit full(4);
     EXPECT_EQ(file.save("fifth, longer\r\n"), O::Failed) << "a new run of failures is told again";
+}
+
+// Writing over a whole file from a child process whose files may not grow past 4 KiB: a
+// result file of four channels and six frequencies (over 16 KiB) would be cut short.
+TEST(NoiseResultFile, AResultFileCutShortIsToldAndTheOldOneStaysByteForByte) {
+    test::TempEnvironment environment;
+    NoiseResultFile file(environment.documentsFolder() + "/1_Noise_1.TXT");
+    const QByteArray old(3000, 'o');
+    ASSERT_EQ(file.save(old), NoiseResultFile::Outcome::Saved);
+    const int status = exitStatusUnderFileSizeLimit(4096, [&] {
+        const bool told = file.save(QByteArray(20000, 'n')) == NoiseResultFile::Outcome::Failed;
+        return told && file.failing() && !file.error().isEmpty() ? 0 : 1;
+    });
+    EXPECT_EQ(status, 0);
+    EXPECT_EQ(fileBytes(file.path()), old);
+    EXPECT_EQ(QDir(environment.documentsFolder()).entryList(QDir::Files),
+              QStringList{"1_Noise_1.TXT"});
+    EXPECT_EQ(besideResultFile(file.path(), ".png"),
+              environment.documentsFolder() + "/1_Noise_1.png");
+}
+
+// Deviations of one channel at one frequency, test by test; the marks expected.
+TEST(SuspectTests, ADeviationTenTimesTheOthersMedianAtItsFrequencyIsALoadChange) {
+    struct Case {
+        const char* what;
+        std::vector<double> deviations; // 0: not measured
+        std::vector<bool> marked;
+    };
+    const Case cases[] = {
+        {"a hand on the plate", {62, 48468, 61, 64}, {false, true, false, false}},
+        {"the noise growing with the excitation", {60, 75, 90, 100}, {false, false, false, false}},
+        {"just over ten times", {60, 601, 60}, {false, true, false}},
+        {"just under", {60, 599, 60}, {false, false, false}},
+        {"alone at its frequency", {48468, 0, 0}, {false, false, false}},
+        {"found by the next test", {48468, 62}, {true, false}},
+        {"two disturbed of four", {62, 9000, 61, 48468}, {false, true, false, true}},
+        {"two disturbed of three", {62, 9000, 48468}, {false, true, true}},
+        {"a quiet converter", {0.3, 30, 0.2}, {false, false, false}},
+    };
+    for (const Case& test : cases) {
+        const auto count = qsizetype(test.deviations.size());
+        NoiseResults results(2, 2, count);
+        for (qsizetype e = 0; e < count; ++e) {
+            if (test.deviations[e] > 0) {
+                results.store(1, e, {0, 0}, {50, test.deviations[e]}, {0, 0});
+                results.store(0, e, {0, 0}, {5000, 5000}, {0, 0}); // another frequency
+            }
+        }
+        const QList<LoadChange> found = markLoadChanges(results, 1);
+        QList<LoadChange> expected;
+        for (qsizetype e = 0; e < count; ++e) {
+            EXPECT_EQ(results.marks(1, e) == NoiseResults::LoadChange, test.marked[e])
+                << test.what << ", test " << e;
+            if (test.marked[e])
+                expected << LoadChange{1, e, 1};
+        }
+        EXPECT_EQ(found, expected) << test.what;
+        EXPECT_TRUE(markLoadChanges(results, 1).isEmpty()) << test.what << ": marked once";
+        EXPECT_EQ(results.suspectCount(), expected.size()) << test.what;
+    }
+}
+
+TEST(NoiseResultText, TheHeadingStandsOverTheColumnsAndASuspectLineSaysWhy) {
+    NoisePlan plan;
+    plan.frequencies = {32};
+    plan.excitations = {0.25f};
+    NoiseResults results(2, 1, 1);
+    results.store(0, 0, {4369.215, 20826.098}, {71.924, 80.023}, {451, 528});
+    const QString line = noiseListLine(plan, results, 0, 0);
+    const QStringList heading = noiseListHeading(2);
+    ASSERT_EQ(heading.size(), 2);
+    // Each heading item ends where its column's figure ends.
+    const QStringList names = {"Exc.",  "Freq.",       "Ch1 average", "deviation",
+                               "range", "Ch2 average", "deviation",   "range"};
+    const QStringList units = {"(V)",     "(Hz)",    "(codes)", "(codes)",
+                               "(codes)", "(codes)", "(codes)", "(codes)"};
+    const QStringList figures = {"0.250",     "032.000",     "0004369.215", "00071.924",
+                                 "00451.000", "0020826.098", "00080.023",   "00528.000"};
+    qsizetype at = 0;
+    for (qsizetype i = 0; i < figures.size(); ++i) {
+        at = line.indexOf(figures[i], at) + figures[i].size();
+        EXPECT_EQ(heading[0].mid(at - names[i].size(), names[i].size()), names[i]) << i;
+        EXPECT_EQ(heading[1].mid(at - units[i].size(), units[i].size()), units[i]) << i;
+    }
+    EXPECT_EQ(heading[0].size(), line.size());
+    results.mark(0, 0, NoiseResults::Overrun | NoiseResults::LoadChange);
+    EXPECT_EQ(noiseListLine(plan, results, 0, 0), line + "   suspect: buffer overrun, load change");
+    EXPECT_EQ(suspicionText(NoiseResults::Clipping), "suspect: clipping");
+}
+
+TEST(NoiseTimeline, TheRunsEndIsForeseenFromThePlanAndTheWaitsShowAsHoursMinutesSeconds) {
+    const NoisePlan plan = NoisePlan::defaults();
+    NoiseSequence sequence(5, 20);
+    const QDateTime morning(QDate(2024, 3, 14), QTime(9, 30));
+    NoiseTimeline timeline = NoiseTimeline::at(plan, sequence, false, 0);
+    // 3601 s of warm-up, 100 tests of 60 s, 80 waits of 11 s and 19 of 301 s.
+    EXPECT_EQ(timeline.remainingMs, (3601 + 100 * 60 + 80 * 11 + 19 * 301) * 1000LL);
+    EXPECT_EQ(timeline.text(morning), "test 1 of 100, starts in 1:00:01, ends about 14:00");
+
+    for (int i = 0; i < 5; ++i)
+        sequence.advance();
+    // Test 6 waits for its excitation, 100 s gone; after it 94 tests, 76 of them after a
+    // frequency change and 18 after an excitation change.
+    timeline = NoiseTimeline::at(plan, sequence, false, 100000);
+    EXPECT_EQ(timeline.remainingMs, 201000 + 60000 + (94 * 60 + 76 * 11 + 18 * 301) * 1000LL);
+    EXPECT_EQ(timeline.text(morning), "test 6 of 100, starts in 0:03:21, ends about 12:52");
+
+    for (int i = 5; i < 99; ++i)
+        sequence.advance();
+    timeline = NoiseTimeline::at(plan, sequence, true, 30000);
+    EXPECT_EQ(timeline.remainingMs, 30000);
+    EXPECT_FALSE(timeline.startsInMs);
+    EXPECT_EQ(timeline.text(QDateTime(QDate(2024, 3, 14), QTime(23, 59, 45))),
+              "test 100 of 100, ends about " + QLocale().dayName(5, QLocale::ShortFormat) +
+                  " 00:00");
+
+    const std::pair<qint64, const char*> durations[] = {
+        {0, "0:00:00"}, {59999, "0:00:59"}, {3601000, "1:00:01"}, {36000000, "10:00:00"}};
+    for (const auto& [ms, text] : durations)
+        EXPECT_EQ(formatDuration(ms), text);
 }
 
 } // namespace

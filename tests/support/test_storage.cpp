@@ -239,15 +239,55 @@ TEST_F(Settings, AFileThatCannotBeOpenedIsLeftAlone) {
     ::close(socket);
 }
 
-TEST_F(Settings, ASaveThatFailsLeavesTheFileAsItWas) {
+// The value is not lost: it reads back for the rest of the run and the next write, of any
+// value, writes it too.
+TEST_F(Settings, ASaveThatFailsLeavesTheFileAsItWasAndKeepsTheValueForTheNextWrite) {
     SaveSettingString(kUser, kAcquisitionKey, "Last File Path", "/data");
     const QByteArray before = stored();
+    const QString path(400, u'x');
     {
         FileSizeLimit limit(static_cast<rlim_t>(before.size()));
-        SaveSettingString(kUser, kAcquisitionKey, "Last File Path", QString(400, u'x'));
+        EXPECT_FALSE(SaveSettingString(kUser, kAcquisitionKey, "Last File Path", path));
+        EXPECT_FALSE(SaveSettingLong(kUser, kMeterKey, "Refresh Rate (Hz)", 7));
     }
     EXPECT_EQ(stored(), before);
     EXPECT_EQ(files().size(), 1); // no leftovers
+    EXPECT_EQ(GetSettingString(kUser, kAcquisitionKey, "LAST FILE PATH", "/"), path);
+    EXPECT_EQ(GetSettingLong(kUser, kMeterKey, "Refresh Rate (Hz)", 5), 7);
+
+    EXPECT_TRUE(SaveSettingLong(kUser, kMeterKey, "Excitation (mV)", -5000));
+    writeFileBytes(m_environment.settingsFile(), stored().replace(path.toLatin1(), "/again"));
+    EXPECT_EQ(GetSettingString(kUser, kAcquisitionKey, "Last File Path", "/"), "/again")
+        << "written, and no longer kept aside";
+    EXPECT_EQ(GetSettingLong(kUser, kMeterKey, "Refresh Rate (Hz)", 5), 7);
+}
+
+// Each store writes over its old file from a child process whose files may not grow past
+// 4 KiB; the child reports 0 when the write failed and the value still reads back.
+TEST_F(Settings, ShortWritesOfTheSettingsFileAndTheProfileLeaveBothByteForByte) {
+    SaveSettingString(kUser, kAcquisitionKey, "Last File Path", QString(3000, u'o'));
+    IniFile(iniPath()).setValue("Noise", "Frequencies", QString(3000, u'5'));
+    const QByteArray settingsBefore = stored();
+    const QByteArray profileBefore = fileBytes(iniPath());
+    const QString longer(6000, u'n');
+    EXPECT_EQ(exitStatusUnderFileSizeLimit(
+                  4096,
+                  [&] {
+                      const bool failed = !SaveSettingString(kUser, kMeterKey, "Name", longer);
+                      return failed && GetSettingString(kUser, kMeterKey, "Name", {}) == longer ? 0
+                                                                                                : 1;
+                  }),
+              0);
+    EXPECT_EQ(exitStatusUnderFileSizeLimit(
+                  4096,
+                  [&] {
+                      const IniFile profile(iniPath());
+                      const bool failed = !profile.setValue("Noise", "Channels", longer);
+                      return failed && profile.value("Noise", "Channels", {}) == longer ? 0 : 1;
+                  }),
+              0);
+    EXPECT_EQ(stored(), settingsBefore);
+    EXPECT_EQ(fileBytes(iniPath()), profileBefore);
 }
 #endif
 
@@ -303,14 +343,17 @@ TEST_F(IniFileTest, TheFirstWriteCreatesAPlainFile) {
 }
 
 #ifdef Q_OS_UNIX
-TEST_F(IniFileTest, AWriteThatFailsKeepsTheOldContentsOrIsLost) {
+TEST_F(IniFileTest, AWriteThatFailsKeepsTheOldContentsAndTheValueUntilTheNextWrite) {
     writeFileBytes(iniPath(), kProfile);
     {
         FileSizeLimit limit(static_cast<rlim_t>(kProfile.size()));
-        IniFile(iniPath()).setValue("Noise", "Frequencies", QString(200, u'9'));
+        EXPECT_FALSE(IniFile(iniPath()).setValue("Noise", "Frequencies", QString(200, u'9')));
     }
     EXPECT_EQ(fileBytes(iniPath()), kProfile);
     EXPECT_EQ(QDir(QFileInfo(iniPath()).absolutePath()).entryList(QDir::Files).size(), 1);
+    EXPECT_EQ(IniFile(iniPath()).value("noise", "FREQUENCIES", "1"), QString(200, u'9'));
+    EXPECT_TRUE(IniFile(iniPath()).setValue("Noise", "Channels", "4"));
+    EXPECT_TRUE(fileBytes(iniPath()).contains("Frequencies=" + QByteArray(200, '9')));
 
     const IniFile elsewhere(QFileInfo(iniPath()).absolutePath() + "/missing/KXPlateCpl.ini");
     EXPECT_TRUE(elsewhere.setValue("Noise", "Channels", "3")) << "its folder is made";
