@@ -40,13 +40,15 @@ inline constexpr int ApplicationTitle = 100;
 
 // Numbers given to texts that came without one. Look here before adding a literal to a dialog.
 namespace mainwindow {
-inline constexpr int SplashLinux = 29;     // "For Linux"; the kernel version follows
-inline constexpr int RefreshDevices = 215; // cmdDevRefresh
+inline constexpr int SplashLinux = 29;        // "For Linux"; the kernel version follows
+inline constexpr int RefreshDevices = 215;    // cmdDevRefresh
+inline constexpr int ServiceLayoutHint = 960; // how to reach the service layout
 } // namespace mainwindow
 
 namespace meter {
-inline constexpr int ChannelPrefix = 2300; // "Ch", then the channel number and " "
-inline constexpr int VoltsSuffix = 2301;   // " VDC" after the mean voltage
+inline constexpr int ChannelPrefix = 2300;  // "Ch", then the channel number and " "
+inline constexpr int VoltsSuffix = 2301;    // " VDC" after the mean voltage
+inline constexpr int ExcitationHint = 2131; // lblExcV's tip: why the excitation is negative
 } // namespace meter
 
 namespace acquire {

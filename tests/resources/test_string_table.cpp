@@ -81,8 +81,9 @@ std::vector<std::pair<int, std::vector<int>>> assignedNumbers() {
     for (int id = c::Report; id <= c::ReportPageNumbers; ++id)
         cal.push_back(id);
     return {
-        {MainBlock, {mainwindow::SplashLinux, mainwindow::RefreshDevices}},
-        {MeterBlock, {meter::ChannelPrefix, meter::VoltsSuffix}},
+        {MainBlock,
+         {mainwindow::SplashLinux, mainwindow::RefreshDevices, mainwindow::ServiceLayoutHint}},
+        {MeterBlock, {meter::ChannelPrefix, meter::VoltsSuffix, meter::ExcitationHint}},
         {AcquireBlock,
          {acquire::SignalForces, acquire::SignalVoltages, acquire::SignalPostural,
           acquire::NotAvailable, acquire::CaptureTime, acquire::CaptureSamples,
