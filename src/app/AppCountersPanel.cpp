@@ -23,11 +23,11 @@ constexpr int DateColumn = 3;
 constexpr int CounterRow = 3;
 
 // Dates are stored as day numbers counted from 30 December 1899; the fraction would be the
-// time of day.
+// time of day. A plate whose date was never set holds day 0, which is no date at all.
 const QDate DayZero(1899, 12, 30);
 
 QDate dateOfDayNumber(float dayNumber) {
-    if (!std::isfinite(dayNumber) || std::abs(dayNumber) > 3e6f)
+    if (dayNumber == 0.0f || !std::isfinite(dayNumber) || std::abs(dayNumber) > 3e6f)
         return {};
     return DayZero.addDays(static_cast<qint64>(std::trunc(dayNumber)));
 }

@@ -72,9 +72,11 @@ bool MatrixPanel::eventFilter(QObject* watched, QEvent* event) {
     return PlatePanel::eventFilter(watched, event);
 }
 
-void MatrixPanel::fillRow(PlateDevice& plate, int row) {
-    for (int c = 0; c < Size; ++c)
-        showCell(plate, row, c);
+void MatrixPanel::fillRow(PlateDevice& plate, int row, TypedText typed) {
+    for (int c = 0; c < Size; ++c) {
+        if (typed == TypedText::Replace || !m_typed[row][c])
+            showCell(plate, row, c);
+    }
 }
 
 void MatrixPanel::enterCell(int row, int column, const QString& text) {
@@ -87,6 +89,7 @@ void MatrixPanel::enterCell(int row, int column, const QString& text) {
 void MatrixPanel::showCell(PlateDevice& plate, int row, int column) {
     flxgrdCalibrationMat->item(row, column)
         ->setText(formatNumber(plate.MatrixElement(row, column), CellFormat));
+    m_typed[row][column] = false;
 }
 
 void MatrixPanel::openEditor() {
@@ -116,6 +119,7 @@ void MatrixPanel::validateEditor() {
     } else {
         // The typed text stays in the cell until the next selection reads the matrix again.
         grid->item(row, column)->setText(txtEditCalMat->text());
+        m_typed[row][column] = true;
         withPlate(
             [&](PlateDevice& plate) { plate.SetMatrixElement(row, column, toSingle(*value)); });
     }

@@ -2,6 +2,8 @@
 
 #include "app/PlatePanel.h"
 
+#include <array>
+
 class QLabel;
 class QLineEdit;
 class QTableWidget;
@@ -17,8 +19,12 @@ public:
 
     MatrixPanel(Prompt& prompt, const SelectedPlate& plate, QWidget* parent = nullptr);
 
+    // A cell whose text was typed keeps it until the next selection reads the matrix again;
+    // a refresh in between reads only the other cells.
+    enum class TypedText { Replace, Keep };
+
     // One row of the grid from the plate.
-    void fillRow(PlateDevice& plate, int row);
+    void fillRow(PlateDevice& plate, int row, TypedText typed = TypedText::Replace);
     // Enters `text` into cell (row, column) as a user would: through the editor, which writes
     // the plate's matrix element.
     void enterCell(int row, int column, const QString& text);
@@ -34,6 +40,8 @@ private:
     void openEditor();
     void validateEditor();
     void showCell(PlateDevice& plate, int row, int column);
+
+    std::array<std::array<bool, Size>, Size> m_typed{};
 };
 
 } // namespace kx

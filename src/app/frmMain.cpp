@@ -35,6 +35,7 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QStatusBar>
+#include <QToolTip>
 #include <QVBoxLayout>
 #include <algorithm>
 
@@ -138,6 +139,8 @@ QPushButton* frmMain::makeButton(const char* objectName, int captionId, QWidget*
 QWidget* frmMain::buildCentralWidget() {
     auto* central = new QWidget(this);
     central->setObjectName(QStringLiteral("picBackground"));
+    central->setToolTip(strings::text(strings::mainwindow::ServiceLayoutHint));
+    central->installEventFilter(this);
 
     frmDevices = new QGroupBox(strings::text(200), central);
     frmDevices->setObjectName(QStringLiteral("frmDevices"));
@@ -283,6 +286,19 @@ void frmMain::mousePressEvent(QMouseEvent* event) {
     QMainWindow::mousePressEvent(event);
 }
 
+bool frmMain::eventFilter(QObject* watched, QEvent* event) {
+    // The background's tip tells how to reach the service layout; it shows only where the
+    // gesture works, not over the controls and frames that pass their tip requests up.
+    if (watched == centralWidget() && event->type() == QEvent::ToolTip) {
+        const QPoint at = static_cast<QHelpEvent*>(event)->pos();
+        if (centralWidget()->childAt(at) != nullptr) {
+            QToolTip::hideText();
+            return true;
+        }
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
 void frmMain::showSelectedDevice() {
     for (QPushButton* button : {cmdProgramID, cmdEncoder, cmdNoise, cmdCalibrate})
         button->setVisible(m_servicePanels);
@@ -300,19 +316,30 @@ void frmMain::showSelectedDevice() {
             return;
         }
         m_device = plate;
-        frmGeneralInfo->fill(*plate);
-        frmAppCounters->fill(*plate);
-        frmStatus->fill(*plate);
         frmConverter->repairGageVoltage(*plate);
-        frmConverter->fill(*plate);
-        frmZero->hideFourthChannel();
-        for (int row = 0; row < MatrixPanel::Size; ++row) {
-            frmCalibration->fillRow(*plate, row);
-            frmZero->fillChannel(*plate, row);
-        }
+        fillPanels(*plate, MatrixPanel::TypedText::Replace);
         frmGeneralInfo->cmdDevInfoEx->setVisible(plate->FirmwareMajor() >= 2);
         setPlatePanelsEnabled(true);
     });
+}
+
+void frmMain::fillPanels(PlateDevice& plate, MatrixPanel::TypedText typedCells) {
+    frmGeneralInfo->fill(plate);
+    frmAppCounters->fill(plate);
+    frmStatus->fill(plate);
+    frmConverter->fill(plate);
+    frmZero->hideFourthChannel();
+    for (int row = 0; row < MatrixPanel::Size; ++row) {
+        frmCalibration->fillRow(plate, row, typedCells);
+        frmZero->fillChannel(plate, row);
+    }
+}
+
+void frmMain::showWhatThePlateHolds() {
+    // A dialog may have changed the plate (zero values, resolution, matrix): read it again,
+    // but write nothing, and leave typed matrix cells as the user sees them.
+    if (m_device)
+        runDeviceHandler(m_prompt, [this] { fillPanels(*m_device, MatrixPanel::TypedText::Keep); });
 }
 
 void frmMain::setPlatePanelsEnabled(bool enabled) {
@@ -456,6 +483,7 @@ void frmMain::openTool(Tool& tool) {
     tool.dialog = dialog;
     dialog->setDevice(m_device);
     connect(dialog, &ToolDialog::unloaded, this, [this, dialog] {
+        showWhatThePlateHolds();
         show();
         setEnabled(true);
         dialog->deleteLater();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/MatrixPanel.h"
 #include "app/PlatePanel.h"
 #include "device/DeviceErrorReporter.h"
 #include "device/PlateDriver.h"
@@ -24,7 +25,6 @@ class Clock;
 class ConverterCommandsPanel;
 class ConverterPanel;
 class GeneralInfoPanel;
-class MatrixPanel;
 class Prompt;
 class StatusPanel;
 class ZeroPanel;
@@ -37,7 +37,8 @@ class frmSplash;
 //
 // Two layouts: the normal one, and the service layout with the status, converter-command and
 // counter panels, the turbo / decimation row and the service tool buttons, reached by a
-// middle click on the window background with exactly Shift and Ctrl held.
+// middle click on the window background with exactly Shift and Ctrl held. The background's
+// tooltip says so.
 class frmMain : public QMainWindow {
     Q_OBJECT
 public:
@@ -85,6 +86,7 @@ public:
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:
@@ -105,6 +107,9 @@ private:
     // The selection handler: the plate of the selected entry becomes the selected device and
     // fills every panel; with nothing selected the panels and tool buttons are disabled.
     void showSelectedDevice();
+    void fillPanels(PlateDevice& plate, MatrixPanel::TypedText typedCells);
+    // After a tool dialog: the panels show what the plate now holds.
+    void showWhatThePlateHolds();
     void appendEntry(const QString& serial);
     void setPlatePanelsEnabled(bool enabled);
     void PlateListUpdateBegin();

@@ -5,6 +5,7 @@
 #include "app/frmMain.h"
 #include "app/mLoader.h"
 #include "calibration/CalibrationSettings.h"
+#include "resources/StringTable.h"
 #include "sim/ScenarioReader.h"
 #include "sim/SimDriver.h"
 #include "sim/frmSimBench.h"
@@ -22,6 +23,21 @@ namespace {
 void print(std::FILE* stream, const QString& text) {
     std::fputs(qPrintable(text), stream);
     std::fflush(stream);
+}
+
+// The text broken between words into lines of at most `width` characters, each ended by a
+// line break, as the rest of the help is.
+QString wrapped(const QString& text, qsizetype width = 79) {
+    QString result;
+    QString line;
+    for (const QString& word : text.split(u' ', Qt::SkipEmptyParts)) {
+        if (!line.isEmpty() && line.size() + 1 + word.size() > width) {
+            result += line + u'\n';
+            line.clear();
+        }
+        line += (line.isEmpty() ? QString() : QStringLiteral(" ")) + word;
+    }
+    return result + line + u'\n';
 }
 
 // What the command line asks for besides the start-up steps: the scenario to run on, or an
@@ -60,7 +76,9 @@ Options readOptions(int argc, char** argv) {
         print(stderr, parser.errorText() + u'\n');
         options.exitCode = 2;
     } else if (parser.isSet(help)) {
-        print(stdout, parser.helpText() + u'\n' + kx::fileLocationsHelp() + u'\n' +
+        print(stdout, parser.helpText() + u'\n' +
+                          wrapped(kx::strings::text(kx::strings::mainwindow::ServiceLayoutHint)) +
+                          u'\n' + kx::fileLocationsHelp() + u'\n' +
                           kx::ScenarioReader::formatHelp());
         options.exitCode = 0;
     } else if (parser.isSet(version)) {

@@ -44,6 +44,9 @@ frmMeter::frmMeter(const ToolContext& context, QWidget* parent)
     lblFirmware = makeLabel("lblFirmware", {});
     lblExcVCap = makeLabel("lblExcVCap", text(ExcitationCaption));
     lblExcV = makeLabel("lblExcV", {});
+    // A negative excitation surprises a newcomer: the tip says why it is so.
+    for (QLabel* label : {lblExcVCap, lblExcV})
+        label->setToolTip(strings::text(strings::meter::ExcitationHint));
     auto* plate = new QGridLayout(FrmPlate);
     const std::array<std::pair<QLabel*, QLabel*>, 3> rows{{{lblSerialNumberCap, lblSerialNumber},
                                                            {lblFirmwareCap, lblFirmware},

@@ -127,6 +127,10 @@ constexpr std::array Table = std::to_array<Entry>({
     {921, " HID devices"},
     {930, "A Connected KX Force Platform is not Responding\nTo Communications Attempt From The "
           "Computer!\n\nPlease Disconnect and then Reconnect all\nKX Force Platforms."},
+    {950, "The service layout (status switches, converter commands, application counters, and "
+          "the tools Set USB IDs, Read Encoder, Check Noise and Calibrate Device): hold Ctrl and "
+          "Shift and click the middle mouse button (the wheel) on an empty part of the main "
+          "window. It stays until the program closes."},
     {960, "Settings could not be saved in %1:\n%2\n\nThey stay in effect while the program runs, "
           "and it tries again whenever a window closes."},
     {961, "Settings could not be saved in %1:\n%2\n\nThey are lost when the program ends."},
@@ -167,6 +171,11 @@ constexpr std::array Table = std::to_array<Entry>({
     {2111, "Not Present"},
     {2120, "Firmware Version:"},
     {2130, "Gage Excitation:"},
+    {2131, "The bridge excitation the meter sets while it runs (the \"Excitation (mV)\" setting "
+           "of the meter, -5000 mV unless changed). The minus sign reverses the bridge supply; "
+           "each channel is read per volt of excitation, so a load shows with the same sign as "
+           "in the signals display. The plate's own excitation is put back when the meter "
+           "closes."},
     {2200, "Fast|Medium|Slow|"},
     {2300, "Ch"},
     {2301, " VDC"},

@@ -40,16 +40,18 @@ inline constexpr int ApplicationTitle = 100;
 
 // Numbers given to texts that came without one. Look here before adding a literal to a dialog.
 namespace mainwindow {
-inline constexpr int SplashLinux = 29;     // "For Linux"; the kernel version follows
-inline constexpr int RefreshDevices = 215; // cmdDevRefresh
+inline constexpr int SplashLinux = 29;        // "For Linux"; the kernel version follows
+inline constexpr int RefreshDevices = 215;    // cmdDevRefresh
+inline constexpr int ServiceLayoutHint = 950; // how to reach the service layout
 // Settings or profile values that could not be written: %1 the file, %2 why.
 inline constexpr int SettingsNotSaved = 960;
 inline constexpr int SettingsLost = 961; // ... when the program ends
 } // namespace mainwindow
 
 namespace meter {
-inline constexpr int ChannelPrefix = 2300; // "Ch", then the channel number and " "
-inline constexpr int VoltsSuffix = 2301;   // " VDC" after the mean voltage
+inline constexpr int ChannelPrefix = 2300;  // "Ch", then the channel number and " "
+inline constexpr int VoltsSuffix = 2301;    // " VDC" after the mean voltage
+inline constexpr int ExcitationHint = 2131; // lblExcV's tip: why the excitation is negative
 } // namespace meter
 
 namespace acquire {

@@ -114,8 +114,11 @@ QWidget* SimPlatePage::buildLoads() {
 
     auto* form = new QFormLayout;
     form->addRow(tr("Mass (kg)"), txtMass);
-    form->addRow(tr("X (m)"), txtX);
-    form->addRow(tr("Y (m)"), txtY);
+    auto* point = new QHBoxLayout;
+    point->addWidget(txtX);
+    point->addWidget(new QLabel(tr("Y (m)"), group));
+    point->addWidget(txtY);
+    form->addRow(tr("X (m)"), point);
     auto* weightButtons = new QHBoxLayout;
     weightButtons->addWidget(cmdPlace);
     weightButtons->addWidget(cmdUnload);
@@ -154,19 +157,20 @@ QWidget* SimPlatePage::buildConnection() {
     cmdFailNext = makeButton("cmdFailNext", tr("Fail next call"));
     cmdRecover = makeButton("cmdRecover", tr("Recover"));
 
+    // The state shares a row with the cable's buttons and the failure message with the button
+    // that uses it, so that the bench fits a laptop's screen.
     auto* grid = new QGridLayout(group);
-    grid->addWidget(lblConnection, 0, 0, 1, 3);
-    grid->addWidget(cmdUnplug, 1, 0);
-    grid->addWidget(cmdPlugIn, 1, 1);
-    grid->addWidget(cmdNotResponding, 1, 2);
-    grid->addWidget(cmdReadTimeout, 2, 0);
-    grid->addWidget(cmdWriteTimeout, 2, 1);
-    grid->addWidget(cmdOverrun, 2, 2);
-    grid->addWidget(cmdClipping, 3, 0);
-    grid->addWidget(cmdFailNext, 3, 1);
-    grid->addWidget(cmdRecover, 3, 2);
-    grid->addWidget(new QLabel(tr("Failure message"), group), 4, 0);
-    grid->addWidget(txtFailMessage, 4, 1, 1, 2);
+    grid->addWidget(lblConnection, 0, 0);
+    grid->addWidget(cmdUnplug, 0, 1);
+    grid->addWidget(cmdPlugIn, 0, 2);
+    grid->addWidget(cmdNotResponding, 1, 0);
+    grid->addWidget(cmdReadTimeout, 1, 1);
+    grid->addWidget(cmdWriteTimeout, 1, 2);
+    grid->addWidget(cmdOverrun, 2, 0);
+    grid->addWidget(cmdClipping, 2, 1);
+    grid->addWidget(cmdRecover, 2, 2);
+    grid->addWidget(cmdFailNext, 3, 0);
+    grid->addWidget(txtFailMessage, 3, 1, 1, 2);
 
     // The plate's serial number may change under the bench, so it is looked up on each click.
     const auto act = [this](auto action) {
@@ -202,9 +206,11 @@ QWidget* SimPlatePage::buildClimate() {
                          QString::number(m_plate.ambientTemperature(), 'f', 1));
     lblTemperature = new QLabel(group);
     lblTemperature->setObjectName(QStringLiteral("lblTemperature"));
-    auto* form = new QFormLayout(group);
-    form->addRow(tr("Ambient (°C)"), txtAmbient);
-    form->addRow(tr("Plate now"), lblTemperature);
+    auto* row = new QHBoxLayout(group);
+    row->addWidget(new QLabel(tr("Ambient (°C)"), group));
+    row->addWidget(txtAmbient);
+    row->addWidget(new QLabel(tr("plate now"), group));
+    row->addWidget(lblTemperature);
     TextBoxValidation::attach(txtAmbient, [this] { setAmbient(); });
     return group;
 }

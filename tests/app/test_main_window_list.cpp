@@ -8,6 +8,7 @@
 #include <QStatusBar>
 #include <QTableWidget>
 #include <QTest>
+#include <QToolTip>
 
 namespace kx::test {
 namespace {
@@ -81,6 +82,22 @@ TEST_F(MainWindowList, ServiceLayoutOpensOnlyOnMiddleClickWithShiftAndCtrlOnTheB
     // The selection handler ran again and filled the new panels.
     EXPECT_EQ(text(QStringLiteral("txtTurboCurr")),
               QString::number(selectedPlate()->TurboRate(Which::Current)));
+}
+
+// A newcomer finds the gesture in the background's tooltip, shown only where the gesture works.
+TEST_F(MainWindowList, TheBackgroundTooltipTellsHowToReachTheServiceLayout) {
+    start();
+    for (const bool onBackground : {false, true}) {
+        QWidget* target =
+            onBackground ? window->centralWidget() : control(QStringLiteral("frmZero"));
+        const QPoint at(2, 2);
+        QHelpEvent help(QEvent::ToolTip, at, target->mapToGlobal(at));
+        QApplication::sendEvent(target, &help);
+        EXPECT_EQ(QToolTip::isVisible(), onBackground) << onBackground;
+        if (onBackground) {
+            EXPECT_EQ(QToolTip::text(), strings::text(strings::mainwindow::ServiceLayoutHint));
+        }
+    }
 }
 
 TEST_F(MainWindowList, TwoEnumerationsInARowLeaveListAndSelection) {

@@ -177,6 +177,20 @@ TEST_F(ServiceLayout, EmptyCountersAndDateAreFilledWhenSet) {
     EXPECT_EQ(text(QStringLiteral("txtAppLastDate")), formatShortDate(QDate(2024, 2, 29)));
 }
 
+// A plate whose date was never set holds day 0: the box stays empty rather than showing
+// 30 December 1899, while day 1 is a real date.
+TEST_F(MainWindowPanels, ACounterDateNeverSetShowsEmpty) {
+    Scenario scenario = Scenario::defaults();
+    scenario.plates[0].calibrated = false;
+    start(scenario);
+    enterServiceMode();
+    ASSERT_FLOAT_EQ(selectedPlate()->MatrixElement(0, 3), 0.0f);
+    EXPECT_EQ(text(QStringLiteral("txtAppLastDate")), QString());
+    selectedPlate()->SetMatrixElement(0, 3, 1);
+    select(Fw2Plate);
+    EXPECT_EQ(text(QStringLiteral("txtAppLastDate")), formatShortDate(QDate(1899, 12, 31)));
+}
+
 // Each switch writes the state it shows, and a refused write leaves it as the plate has it.
 TEST_F(ServiceLayout, StatusSwitchesWriteWhatTheyShow) {
     SimPlate& plate = *selectedPlate();

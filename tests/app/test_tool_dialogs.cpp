@@ -1,4 +1,5 @@
 #include "MainWindowBench.h"
+#include "WindowChecks.h"
 #include "app/GeneralInfoPanel.h"
 #include "measure/frmAcquire.h"
 #include "noise/NoiseSession.h"
@@ -23,29 +24,16 @@ struct Tool {
     const char* duration = nullptr; // what the main window puts into the duration box
 };
 
-void expectEveryTextWhole(const QWidget& window) {
-    for (const QWidget* w : window.findChildren<QWidget*>()) {
-        if (!w->isVisible())
-            continue;
-        // Fixed-width push buttons need room for their caption, not for the style's padding.
-        if (const auto* push = qobject_cast<const QPushButton*>(w)) {
-            EXPECT_LT(push->fontMetrics().horizontalAdvance(push->text().remove(u'&')),
-                      push->width())
-                << push->objectName().toStdString();
-        } else if (const auto* label = qobject_cast<const QLabel*>(w); label && label->wordWrap()) {
-            // A wrapped text needs the height of its lines at the width it got.
-            EXPECT_GE(label->height(), label->heightForWidth(label->width()))
-                << label->objectName().toStdString();
-        } else if (qobject_cast<const QLabel*>(w) || qobject_cast<const QAbstractButton*>(w)) {
-            EXPECT_GE(w->width(), w->sizeHint().width()) << w->objectName().toStdString();
-        }
-    }
+// Names the case in failure messages.
+void PrintTo(const Tool& tool, std::ostream* os) {
+    *os << tool.name;
 }
 
 class ToolDialogs : public MainWindowBench, public ::testing::WithParamInterface<Tool> {};
 
 // Every tool dialog opens from the main window on the selected plate with a person on it and,
-// at work, shows every caption and value whole. Set KX_SCREENSHOT_DIR to keep a picture of each.
+// at work, shows every caption and value whole, and itself whole on the screen. Set
+// KX_SCREENSHOT_DIR to keep a picture of each.
 TEST_P(ToolDialogs, OpenOnTheSelectedPlateAndShowEveryTextWhole) {
     const Tool& tool = GetParam();
     start();
@@ -70,6 +58,7 @@ TEST_P(ToolDialogs, OpenOnTheSelectedPlateAndShowEveryTextWhole) {
     }
     clock.advance(6000);
     expectEveryTextWhole(*dialog);
+    expectWholeOnTheScreen(*dialog);
     keepScreenshot(*dialog, QLatin1String(tool.name));
     if (tool.name == std::string_view("frmNoise"))
         prompt.answers = {NoiseSession::StopRun}; // closing a run in progress asks first

@@ -85,9 +85,9 @@ std::vector<std::pair<int, std::vector<int>>> assignedNumbers() {
         cal.push_back(id);
     return {
         {MainBlock,
-         {mainwindow::SplashLinux, mainwindow::RefreshDevices, mainwindow::SettingsNotSaved,
-          mainwindow::SettingsLost}},
-        {MeterBlock, {meter::ChannelPrefix, meter::VoltsSuffix}},
+         {mainwindow::SplashLinux, mainwindow::RefreshDevices, mainwindow::ServiceLayoutHint,
+          mainwindow::SettingsNotSaved, mainwindow::SettingsLost}},
+        {MeterBlock, {meter::ChannelPrefix, meter::VoltsSuffix, meter::ExcitationHint}},
         {AcquireBlock,
          {acquire::SignalForces, acquire::SignalVoltages, acquire::SignalPostural,
           acquire::NotAvailable, acquire::CaptureTime, acquire::CaptureSamples,
