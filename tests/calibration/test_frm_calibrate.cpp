@@ -11,7 +11,7 @@ namespace {
 class CalibrateDialog : public CalibrateDialogBench {
 protected:
     const CalPoint& point(int i) const {
-        return dialog->calibration().record.points[std::size_t(i)];
+        return dialog->session().calibration().record.points[std::size_t(i)];
     }
 };
 
@@ -37,7 +37,7 @@ TEST_F(CalibrateDialog, ANoisyZeroIsRefusedWithTheTextOfItsMode) {
         ASSERT_EQ(prompt.events.size(), 2);
         EXPECT_TRUE(prompt.events[0].startsWith(QStringLiteral("sound:"))) << "sound first";
         EXPECT_FALSE(point(0).zeroDone);
-        EXPECT_FALSE(dialog->calibration().record.scalingZero.done);
+        EXPECT_FALSE(dialog->session().calibration().record.scalingZero.done);
         EXPECT_EQ(hands.plateZero(), before);
         EXPECT_EQ(dialog->StatusBar1->currentMessage(), "Ready");
     }
