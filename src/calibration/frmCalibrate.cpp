@@ -17,6 +17,7 @@
 #include <QCheckBox>
 #include <QDir>
 #include <QLabel>
+#include <QLayout>
 #include <QLineEdit>
 #include <QProgressBar>
 #include <QPushButton>
@@ -195,6 +196,9 @@ void frmCalibrate::loading() {
     showSignalNames();
     showForm();
     showEverything();
+    // The step buttons came with the calibration, after the dialog was laid out for showing:
+    // lay it out again now, before it is first painted.
+    layout()->activate();
 }
 
 void frmCalibrate::unloading() {

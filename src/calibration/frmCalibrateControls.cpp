@@ -367,6 +367,7 @@ void frmCalibrate::sizeToCalibration() {
             const int place = step < loading ? step : step - loading;
             const int row = (step < loading ? 0 : loadingRows) + place / PerRow;
             m_stepButtons->addWidget(button, row, 1 + place % PerRow);
+            button->show(); // at once, not when the event loop next runs: nothing moves later
             connect(button, &QPushButton::clicked, m_session,
                     [this, step] { m_session->takeStep(step); });
             cmdScaleLoad.push_back(button);

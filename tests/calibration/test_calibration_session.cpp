@@ -14,6 +14,7 @@
 #include <QDir>
 #include <QFile>
 #include <gtest/gtest.h>
+#include <limits>
 
 namespace kx::test {
 namespace {
@@ -87,6 +88,26 @@ protected:
     std::optional<SessionHands> hands;
 };
 
+// A zero noisier than the profile allows is refused with the text of its mode, after the
+// completion sound, and the earlier results and the plate's zero stay.
+TEST_F(Session, ANoisyZeroIsRefusedWithTheTextOfItsMode) {
+    (void)IniFile::sharedProfile().setValue(QStringLiteral("Calibration"),
+                                            QStringLiteral("Max Zero StdDev"), QStringLiteral("1"));
+    begin();
+    const qint32 before = plate.ZeroValue(1, Which::Current);
+    for (const bool scaling : {false, true}) {
+        forget();
+        (scaling ? hands->takeScalingZero() : hands->takeZero());
+        EXPECT_EQ(told(), QStringList{strings::text(scaling ? c::TooNoisyScaling : c::TooNoisy)});
+        ASSERT_EQ(prompt.events.size(), 2);
+        EXPECT_TRUE(prompt.events[0].startsWith(QStringLiteral("sound:"))) << "sound first";
+        EXPECT_EQ(session->status(), "Ready");
+    }
+    EXPECT_FALSE(session->calibration().record.points[0].zeroDone);
+    EXPECT_FALSE(session->calibration().record.scalingZero.done);
+    EXPECT_EQ(plate.ZeroValue(1, Which::Current), before);
+}
+
 // Without a matrix that matches the points OK writes nothing into the plate: it asks, and
 // going back or closing leaves the plate's matrix and records alone.
 TEST_F(Session, OkWithoutAMatrixWritesNothingToThePlate) {
@@ -94,7 +115,7 @@ TEST_F(Session, OkWithoutAMatrixWritesNothingToThePlate) {
     fillForm();
     const Matrix3 held = plate.storedMatrix();
     EXPECT_FALSE(session->commit()) << "Esc goes back";
-    EXPECT_EQ(asked(), QStringList{strings::text(c::OkWithoutFit)});
+    ASSERT_EQ(asked(), QStringList{strings::text(c::OkWithoutFit)});
     EXPECT_EQ(prompt.questions[0].choices, (QStringList{"&Close Without Writing", "&Go Back"}));
     prompt.answers = {0};
     EXPECT_TRUE(session->commit());
@@ -262,6 +283,7 @@ TEST_F(Session, NothingCollectedIsLost) {
     for (int point = 0; point < 4; ++point) {
         hands->goTo(point);
         hands->takeZero();
+        ASSERT_TRUE(kept()) << point;
         EXPECT_EQ(kept()->calibration.record, session->calibration().record) << point;
         hands->takeData();
         EXPECT_EQ(kept()->calibration.record, session->calibration().record) << point;
@@ -294,6 +316,7 @@ TEST_F(Session, NothingCollectedIsLost) {
     prompt.answers = {2, 1, 1};
     EXPECT_FALSE(session->mayLeave());
     EXPECT_FALSE(session->mayLeave()) << "Discard, then Go Back";
+    ASSERT_EQ(asked().size(), 3);
     EXPECT_EQ(asked()[0], strings::text(c::LeaveQuestion).arg(work));
     EXPECT_EQ(asked()[2], strings::text(c::DiscardConfirm).arg(work));
     session->setOperatorCode(QStringLiteral(" "));
@@ -322,6 +345,7 @@ TEST_F(Session, KeptWorkDiscardedAtTheOfferIsAskedOnceMoreAndUnreadableWorkIsSet
     forget();
     prompt.answers = {1, 1}; // Discard, then Keep It
     beginAgain();
+    ASSERT_EQ(asked().size(), 2);
     EXPECT_EQ(asked()[1], strings::text(c::RecoveryDiscardConfirm)
                               .arg("30417", "2 of 10 points taken, 0 of 8 linearity steps taken"));
     EXPECT_EQ(session->calibration().record, record);
@@ -395,7 +419,7 @@ TEST_F(Session, AnotherPlatesCalibrationIsWrittenOnlyWhenConfirmed) {
     session->setOperatorCode(QStringLiteral("JD7"));
     forget();
     EXPECT_FALSE(session->commit());
-    EXPECT_EQ(asked(), QStringList{strings::text(c::OtherPlateCommit).arg("11093", "30417")});
+    ASSERT_EQ(asked(), QStringList{strings::text(c::OtherPlateCommit).arg("11093", "30417")});
     EXPECT_EQ(prompt.questions[0].choices, (QStringList{"&Write to Plate 30417", "&Go Back"}));
     EXPECT_FALSE(plateWasCalibrated());
     prompt.answers = {0};
@@ -484,6 +508,22 @@ TEST_F(Session, ShortWritesKeepTheOldFilesWhole) {
     });
     EXPECT_EQ(keptSafe, 0) << "told once for the zero and the data";
     EXPECT_EQ(fileBytes(recovery.path()), keptBytes);
+}
+
+// A matrix cell's tip says what the cell is, in its units, to the figures that matter: the
+// uncertainty to two significant figures and the value to the same place.
+TEST(CalibrationTexts, MatrixCellTipsRoundToTheFiguresThatMatter) {
+    const std::tuple<int, int, float, std::optional<double>, const char*> cases[] = {
+        {0, 0, -1234.5678f, 2.77205529759035,
+         "Fz per volt of bridge 1: -1234.6 N/V, known to ±2.8 N/V"},
+        {1, 2, 407.51934f, 0.0123, "Mx per volt of bridge 3: 407.519 N·m/V, known to ±0.012 N·m/V"},
+        {2, 1, -1163.3f, 27.7, "My per volt of bridge 2: -1163 N·m/V, known to ±28 N·m/V"},
+        {2, 0, 5.8124f, std::nullopt, "My per volt of bridge 1: 5.812 N·m/V"},
+        {0, 2, 1.5f, std::numeric_limits<double>::quiet_NaN(),
+         "Fz per volt of bridge 3: 1.500 N/V"},
+    };
+    for (const auto& [row, column, value, uncertainty, tip] : cases)
+        EXPECT_EQ(matrixCellTip(row, column, value, uncertainty), QString::fromUtf8(tip)) << tip;
 }
 
 } // namespace

@@ -2,8 +2,6 @@
 #include "CalibrateBench.h"
 #include "calibration/Calibration.h"
 #include "resources/StringTable.h"
-#include "support/Folders.h"
-#include "support/IniFile.h"
 
 namespace kx::test {
 namespace {
@@ -14,34 +12,6 @@ protected:
         return dialog->session().calibration().record.points[std::size_t(i)];
     }
 };
-
-// A zero noisier than the profile allows is refused with the text of its mode, after the
-// completion sound, and the earlier results stay.
-TEST_F(CalibrateDialog, ANoisyZeroIsRefusedWithTheTextOfItsMode) {
-    const IniFile profile = IniFile::sharedProfile();
-    CreateFolderPath(FolderOfPath(profile.path()));
-    profile.setValue(QStringLiteral("Calibration"), QStringLiteral("Max Zero StdDev"),
-                     QStringLiteral("1"));
-    open();
-    const std::array<qint32, 3> before = hands.plateZero();
-    for (const bool scaling : {false, true}) {
-        prompt.events.clear();
-        prompt.messages.clear();
-        hands.unload();
-        (scaling ? dialog->cmdScaleZero : dialog->cmdZero)->click();
-        hands.waitIdle(*dialog);
-        EXPECT_EQ(prompt.messages,
-                  QStringList{scaling
-                                  ? "Error: Signal Too Noisy!\nTry the acquisition again."
-                                  : "Error: Signal Too Noisy!\n\n\n\nTry the acquisition again."});
-        ASSERT_EQ(prompt.events.size(), 2);
-        EXPECT_TRUE(prompt.events[0].startsWith(QStringLiteral("sound:"))) << "sound first";
-        EXPECT_FALSE(point(0).zeroDone);
-        EXPECT_FALSE(dialog->session().calibration().record.scalingZero.done);
-        EXPECT_EQ(hands.plateZero(), before);
-        EXPECT_EQ(dialog->StatusBar1->currentMessage(), "Ready");
-    }
-}
 
 TEST_F(CalibrateDialog, CancelDuringAZeroStopsItAndWritesNothing) {
     open();
