@@ -1,7 +1,7 @@
 #pragma once
 
-#include "CalibrationPlate.h"
 #include "DialogFixture.h"
+#include "SessionBench.h"
 #include "calibration/CalibrationSession.h"
 #include "calibration/CalibrationSettings.h"
 #include "calibration/PlatePicture.h"
@@ -16,11 +16,9 @@ namespace kx::test {
 
 // A technician's hands on frmCalibrate: clicks, weights on and off the simulated plate, and
 // the clock moved on until the dialog is idle again.
-class CalibrateHands {
+class CalibrateHands : public WeightHands {
 public:
-    CalibrateHands(ManualClock& clock, SimPlate& plate)
-        : m_clock(clock)
-        , m_plate(plate) {}
+    using WeightHands::WeightHands;
 
     bool idle(const frmCalibrate& dialog) const { return dialog.cmdZero->isEnabled(); }
 
@@ -39,16 +37,6 @@ public:
         const PointXY xy = CalibrationSettings::defaultPoints()[std::size_t(point)];
         const QPointF at = dialog.picPlate->view().toDevice({xy.x, xy.y});
         QTest::mouseClick(dialog.picPlate, Qt::LeftButton, {}, at.toPoint());
-    }
-
-    void unload() {
-        m_plate.loads().removeAll(m_plate.now());
-        m_clock.advance(500);
-    }
-
-    void place(double kilograms, double x, double y) {
-        m_plate.loads().placeWeight(kilograms, x, y, m_plate.now());
-        m_clock.advance(500);
     }
 
     void takeZero(frmCalibrate& dialog) {
@@ -81,21 +69,12 @@ public:
             takeData(dialog, point, point == misplaced ? 0.02 : 0);
         }
     }
-
-private:
-    ManualClock& m_clock;
-    SimPlate& m_plate;
 };
 
 // frmCalibrate on the calibration plate at the profile's gravity, with a 2 s duration.
 class CalibrateDialogBench : public DialogFixture<frmCalibrate> {
 protected:
-    SimPlate& benchPlate() {
-        SimPlate* added = driver.addPlate(calibrationPlateConfig());
-        added->loads().setGravity(ProfileGravity);
-        openPlates();
-        return *added;
-    }
+    SimPlate& benchPlate() { return openCalibrationPlate(driver, clock); }
     frmCalibrate& open() {
         openDialog(&plate, [](frmCalibrate& d) { d.txtDuration->setText(QStringLiteral("2")); });
         return *dialog;

@@ -19,22 +19,12 @@ inline SimPlate& openCalibrationPlate(SimDriver& driver, ManualClock& clock) {
     return *plate;
 }
 
-// A technician working through a calibration session on the simulated plate: weights on and
-// off, the session's commands, and the clock moved on until the session is idle again.
-class SessionHands {
+// Weights put on the simulated plate and taken off, each given half a second to settle.
+class WeightHands {
 public:
-    SessionHands(ManualClock& clock, SimPlate& plate, CalibrationSession& session)
+    WeightHands(ManualClock& clock, SimPlate& plate)
         : m_clock(clock)
-        , m_plate(plate)
-        , m_session(session) {}
-
-    bool idle() const { return m_session.activity() == CalibrationSession::Activity::Idle; }
-    void waitIdle() {
-        for (int ms = 0; ms < 10000 && !idle(); ms += 10)
-            m_clock.advance(10);
-        if (!idle())
-            throw std::runtime_error("the acquisition never ended");
-    }
+        , m_plate(plate) {}
 
     void unload() {
         m_plate.loads().removeAll(m_plate.now());
@@ -43,6 +33,27 @@ public:
     void place(double kilograms, double x, double y) {
         m_plate.loads().placeWeight(kilograms, x, y, m_plate.now());
         m_clock.advance(500);
+    }
+
+protected:
+    ManualClock& m_clock;
+    SimPlate& m_plate;
+};
+
+// A technician working through a calibration session on the simulated plate: weights on and
+// off, the session's commands, and the clock moved on until the session is idle again.
+class SessionHands : public WeightHands {
+public:
+    SessionHands(ManualClock& clock, SimPlate& plate, CalibrationSession& session)
+        : WeightHands(clock, plate)
+        , m_session(session) {}
+
+    bool idle() const { return m_session.activity() == CalibrationSession::Activity::Idle; }
+    void waitIdle() {
+        for (int ms = 0; ms < 10000 && !idle(); ms += 10)
+            m_clock.advance(10);
+        if (!idle())
+            throw std::runtime_error("the acquisition never ended");
     }
 
     void goTo(int point) {
@@ -85,8 +96,6 @@ public:
     }
 
 private:
-    ManualClock& m_clock;
-    SimPlate& m_plate;
     CalibrationSession& m_session;
 };
 

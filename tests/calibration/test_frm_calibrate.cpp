@@ -1,6 +1,7 @@
 #include "../support/PrintQString.h"
 #include "CalibrateBench.h"
 #include "calibration/Calibration.h"
+#include "calibration/CalibrationRecovery.h"
 #include "resources/StringTable.h"
 
 namespace kx::test {
@@ -28,7 +29,7 @@ TEST_F(CalibrateDialog, CancelDuringAZeroStopsItAndWritesNothing) {
 
 // A read time-out in the middle of a zero and an unplug in the middle of data: one box each,
 // the earlier results kept; after the time-out the technician can go on, after the unplug the
-// dialog closes half a second later.
+// dialog closes half a second later, without a question, keeping the work for next time.
 TEST_F(CalibrateDialog, DeviceFaultsMidAcquisitionKeepTheEarlierResults) {
     open();
     hands.takeZero(*dialog);
@@ -56,6 +57,8 @@ TEST_F(CalibrateDialog, DeviceFaultsMidAcquisitionKeepTheEarlierResults) {
     clock.advance(2);
     EXPECT_EQ(unloads, 1);
     EXPECT_EQ(point(0), rezeroed);
+    EXPECT_TRUE(prompt.questions.empty());
+    EXPECT_TRUE(CalibrationRecovery(plate.serial()).exists()) << "the zero is kept for next time";
 }
 
 } // namespace

@@ -59,9 +59,7 @@ protected:
     QString silent() { return standIn(QStringLiteral("silent"), "exec sleep 60\n"); }
 
     frmCalibrate& openWalked(const QString& program) {
-        plate = driver.addPlate(calibrationPlateConfig());
-        plate->loads().setGravity(ProfileGravity);
-        openPlates();
+        plate = &openCalibrationPlate(driver, clock);
         openDialog(plate, [&](frmCalibrate& d) {
             d.txtDuration->setText(QStringLiteral("2"));
             d.setFitProgram(program);

@@ -100,12 +100,14 @@ TEST_F(CalibrateView, AStaleMatrixShowsSoAndNothingMoves) {
         places << frame->geometry();
     hands.walk(*dialog, 0, 4);
     hands.computeMatrix(*dialog);
+    keepScreenshot(*dialog, QStringLiteral("frmCalibrate-fit-current"));
     EXPECT_TRUE(dialog->cmdReport->isEnabled());
     EXPECT_FALSE(dialog->lblMatrixStale->isVisible());
     EXPECT_TRUE(dialog->picPlate->drawing().marks[1].copError);
 
     hands.clickPoint(*dialog, 1);
     hands.takeZero(*dialog);
+    keepScreenshot(*dialog, QStringLiteral("frmCalibrate-fit-stale"));
     EXPECT_TRUE(dialog->lblMatrixStale->isVisible());
     EXPECT_EQ(dialog->lblMatrixStale->text(), strings::text(c::FitStale));
     EXPECT_NE(dialog->flxgrdCalibrationMat->item(0, 0)->text(), "") << "the old matrix stays";
