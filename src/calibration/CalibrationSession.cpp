@@ -186,7 +186,7 @@ void CalibrationSession::setExcitation(const QString& text) {
 
 // --- The points -------------------------------------------------------------------------
 
-void CalibrationSession::setCurrentPoint(int before) {
+void CalibrationSession::announcePoint(int before) {
     if (m_calibration.currentPoint != before)
         Q_EMIT currentPointChanged(m_calibration.currentPoint);
     Q_EMIT changed();
@@ -197,7 +197,7 @@ void CalibrationSession::next() {
         return;
     const int before = m_calibration.currentPoint;
     PointTable(m_calibration).next();
-    setCurrentPoint(before);
+    announcePoint(before);
 }
 
 void CalibrationSession::click(QPointF plate) {
@@ -205,9 +205,8 @@ void CalibrationSession::click(QPointF plate) {
         return;
     const int before = m_calibration.currentPoint;
     PointTable(m_calibration).click(plate.x(), plate.y(), double(m_settings.DisplayPointRadius));
-    m_running.scaling = false;
     recordChanged(); // the point left may have lost its zero
-    setCurrentPoint(before);
+    announcePoint(before);
 }
 
 // --- Acquisitions -----------------------------------------------------------------------

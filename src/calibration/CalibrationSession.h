@@ -171,7 +171,8 @@ private:
     bool plateCall(const std::function<void()>& call);
     void setStatus(int text);
     void setStatusText(const QString& text);
-    void setCurrentPoint(int point);
+    // The points changed; the current one too when it is no longer `before`.
+    void announcePoint(int before);
     void stopRunning();
     bool prepareAcquisition(qint32& samples);
     void startZero(bool scaling);

@@ -394,6 +394,7 @@ void frmCalibrate::showMatrix() {
         for (int column = 0; column < 4 && fit->diagnostics.flagged[row]; ++column)
             flxgrdErrors->item(int(row), column)->setBackground(flaggedColour);
     lblFitQuality->setText(fit ? FitSummary::text(*fit) : QString());
+    lblFitQuality->setEnabled(!stale); // grey: findings of a fit that no longer applies
     lblMatrixStale->setVisible(stale);
 }
 
@@ -405,7 +406,9 @@ void frmCalibrate::showScaling() {
     if (!fitted)
         for (QStringList& row : rows)
             row = row.mid(0, 1);
-    fillGrid(flxgrdLinearity, rows, c.fitState() == Calibration::FitState::Stale);
+    const bool stale = c.fitState() == Calibration::FitState::Stale;
+    fillGrid(flxgrdLinearity, rows, stale);
+    lblScaleSuggested->setEnabled(!stale);
     lblScaleStored->setText(strings::text(c::ScaleStored) +
                             shownNumber(c.record.scaleValue, u"0.0000"));
     lblScaleSuggested->setText(
@@ -413,8 +416,7 @@ void frmCalibrate::showScaling() {
         (fitted ? shownNumber(LinearityScaling::suggestedValue(c.matrix, c.record.steps), u"0.0000")
                 : QString()));
     fillGrid(flxgrdScaledCalibrationMat,
-             fitted ? matrixRows(c.scaledMatrix) : std::vector<QStringList>(3),
-             c.fitState() == Calibration::FitState::Stale);
+             fitted ? matrixRows(c.scaledMatrix) : std::vector<QStringList>(3), stale);
 }
 
 } // namespace kx

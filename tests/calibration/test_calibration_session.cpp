@@ -98,7 +98,10 @@ TEST_F(Session, ANoisyZeroIsRefusedWithTheTextOfItsMode) {
     for (const bool scaling : {false, true}) {
         forget();
         (scaling ? hands->takeScalingZero() : hands->takeZero());
-        EXPECT_EQ(told(), QStringList{strings::text(scaling ? c::TooNoisyScaling : c::TooNoisy)});
+        EXPECT_EQ(told(),
+                  QStringList{scaling ? "Error: Signal Too Noisy!\nTry the acquisition again."
+                                      : "Error: Signal Too Noisy!\n\n\n\nTry the "
+                                        "acquisition again."});
         ASSERT_EQ(prompt.events.size(), 2);
         EXPECT_TRUE(prompt.events[0].startsWith(QStringLiteral("sound:"))) << "sound first";
         EXPECT_EQ(session->status(), "Ready");
