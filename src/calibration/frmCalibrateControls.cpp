@@ -19,6 +19,7 @@
 #include <QStatusBar>
 #include <QTableWidget>
 #include <QVBoxLayout>
+#include <tuple>
 
 // The calibration dialog's controls, named as the procedure names them, and their places.
 namespace kx {
@@ -110,6 +111,12 @@ struct ResultPanel {
     std::array<QLabel*, 3> channel, average, deviation;
     QLabel *averageCaption, *deviationCaption, *temperatureCaption, *temperature, *dateCaption,
         *date;
+
+    // In the order the panel's names are given.
+    auto parts() const {
+        return std::tuple(frame, channel, averageCaption, average, deviationCaption, deviation,
+                          temperatureCaption, temperature, dateCaption, date);
+    }
 };
 
 // The zero and the data panels: "ch 1".."ch 3" over the averages and deviations, then the
@@ -245,36 +252,20 @@ void frmCalibrate::buildControls() {
     lblCPres = label(QStringLiteral("lblCPres"), c::CPres);
     txtCPres = box(QStringLiteral("txtCPres"), lblCPres, 8);
 
-    const ResultPanel zeroPanel =
+    std::tie(frmZero, lblZeroCh, lblZeroAverage, lblZeroAve, lblZeroSDev, lblZeroSd, lblZeroT,
+             lblZeroTTxt, lblZeroDate, lblZeroDateTxt) =
         resultPanel(this, c::ZeroFrame,
                     {"frmZero", "lblZeroCh", "lblZeroAverage", "lblZeroAve", "lblZeroSDev",
                      "lblZeroSd", "lblZeroT", "lblZeroTTxt", "lblZeroDate", "lblZeroDateTxt"},
-                    QStringLiteral("-8888888.8"));
-    frmZero = zeroPanel.frame;
-    lblZeroCh = zeroPanel.channel;
-    lblZeroAverage = zeroPanel.averageCaption;
-    lblZeroAve = zeroPanel.average;
-    lblZeroSDev = zeroPanel.deviationCaption;
-    lblZeroSd = zeroPanel.deviation;
-    lblZeroT = zeroPanel.temperatureCaption;
-    lblZeroTTxt = zeroPanel.temperature;
-    lblZeroDate = zeroPanel.dateCaption;
-    lblZeroDateTxt = zeroPanel.date;
-    const ResultPanel dataPanel =
+                    QStringLiteral("-8888888.8"))
+            .parts();
+    std::tie(frmData, lblDataCh, lblDataAverage, lblDataAve, lblDataSDev, lblDataSD, lblDataT,
+             lblDataTtxt, lblDataDate, lblDataDateTxt) =
         resultPanel(this, c::DataFrame,
                     {"frmData", "lblDataCh", "lblDataAverage", "lblDataAve", "lblDataSDev",
                      "lblDataSD", "lblDataT", "lblDataTtxt", "lblDataDate", "lblDataDateTxt"},
-                    QStringLiteral("-0.000000"));
-    frmData = dataPanel.frame;
-    lblDataCh = dataPanel.channel;
-    lblDataAverage = dataPanel.averageCaption;
-    lblDataAve = dataPanel.average;
-    lblDataSDev = dataPanel.deviationCaption;
-    lblDataSD = dataPanel.deviation;
-    lblDataT = dataPanel.temperatureCaption;
-    lblDataTtxt = dataPanel.temperature;
-    lblDataDate = dataPanel.dateCaption;
-    lblDataDateTxt = dataPanel.date;
+                    QStringLiteral("-0.000000"))
+            .parts();
 
     frmScaling = buildScalingPanel();
     fraSignals = buildSignalsPanel();
