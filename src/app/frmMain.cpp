@@ -91,8 +91,8 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
     //   addTool(cmdMeter, [this] { return new kx::frmMeter(toolContext()); });
     // (qualified: the frames frmZero and frmCalibrate share their names with dialogs). The
     // factory prepares what its dialog needs before it is shown: frmZero's duration "5",
-    // frmCalibrate's excitation from txtAVoltageCurr and duration "2", frmPlateInfoEx's
-    // servicePanels(). A button without a line stays disabled.
+    // frmCalibrate's duration "2", frmPlateInfoEx's servicePanels(). A button without a line
+    // stays disabled.
     addTool(cmdGetZero, [this] {
         auto* dialog = new kx::frmZero(toolContext());
         dialog->txtDuration->setText(QStringLiteral("5"));
@@ -115,7 +115,6 @@ frmMain::frmMain(Clock& clock, Prompt& prompt, DriverFactory createDriver, QWidg
     addTool(cmdNoise, [this] { return new frmNoise(toolContext()); });
     addTool(cmdCalibrate, [this] {
         auto* dialog = new kx::frmCalibrate(toolContext());
-        dialog->setBridgeExcitation(frmConverter->txtAVoltageCurr->text());
         dialog->txtDuration->setText(QStringLiteral("2"));
         connect(dialog, &kx::frmCalibrate::matrixCommitted, frmCalibration,
                 &MatrixPanel::enterCell);

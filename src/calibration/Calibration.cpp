@@ -31,4 +31,24 @@ Calibration Calibration::fromSettings(const CalibrationSettings& settings) {
     return c;
 }
 
+Calibration::FitState Calibration::fitState() const {
+    if (!fit)
+        return FitState::Absent;
+    return fitInputsOf(record) == fitInputs ? FitState::Current : FitState::Stale;
+}
+
+std::vector<double> Calibration::fitInputsOf(const CalibrationRecord& record) {
+    std::vector<double> inputs{record.environment.gravity};
+    for (std::size_t i = 0; i < record.points.size(); ++i) {
+        const CalPoint& point = record.points[i];
+        if (!point.dataDone)
+            continue;
+        inputs.push_back(double(i));
+        inputs.insert(inputs.end(), point.dataMean.begin(), point.dataMean.end());
+        inputs.insert(inputs.end(), point.expectedLoad.begin(), point.expectedLoad.end());
+        inputs.insert(inputs.end(), {point.x, point.y});
+    }
+    return inputs;
+}
+
 } // namespace kx

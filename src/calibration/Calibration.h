@@ -6,6 +6,7 @@
 
 #include <QString>
 #include <optional>
+#include <vector>
 
 namespace kx {
 
@@ -19,8 +20,10 @@ struct Calibration {
     float load = 0; // N, the calibration weight of the expected loads
 
     std::optional<FitResult> fit; // the last accepted fit
-    CalMatrix matrix{};           // fitted, single precision
-    CalMatrix scaledMatrix{};     // matrix × record.scaleValue
+    // What that fit was computed from (fitInputsOf the record at the time).
+    std::vector<double> fitInputs;
+    CalMatrix matrix{};       // fitted, single precision
+    CalMatrix scaledMatrix{}; // matrix × record.scaleValue
 
     QString serialOnFile;
     QString operatorOnFile;
@@ -35,6 +38,14 @@ struct Calibration {
     // A fresh calibration sized and placed by the settings: their points, extents, loads and
     // environment, no results.
     static Calibration fromSettings(const CalibrationSettings& settings);
+
+    // A fit matches the points while everything it was computed from is unchanged: which
+    // points have data, their data means and expected loads, and the gravity. Comparing what
+    // the fit took rather than flagging each change means no way of changing a point can be
+    // overlooked.
+    enum class FitState { Absent, Stale, Current };
+    FitState fitState() const;
+    static std::vector<double> fitInputsOf(const CalibrationRecord& record);
 };
 
 } // namespace kx

@@ -1,7 +1,7 @@
 #include "calibration/LinearityScaling.h"
 
 #include "calibration/Calibration.h"
-#include "support/NumberFormat.h"
+#include "calibration/CalibrationTexts.h"
 
 #include <cmath>
 
@@ -27,11 +27,9 @@ float LinearityScaling::computedFz(const CalMatrix& matrix, const std::array<dou
 
 std::vector<QStringList> LinearityScaling::gridRows(const CalMatrix& matrix,
                                                     const std::vector<LinearityStep>& steps) {
-    const NumberFormat force(u"0.000");
-    const NumberFormat scale(u"0.0000");
     std::vector<QStringList> rows;
     for (std::size_t k = 0; k < steps.size() / 2; ++k) {
-        QStringList row{force.format(steps[k].appliedLoad)};
+        QStringList row{shownNumber(steps[k].appliedLoad, u"0.000")};
         float sum = 0;
         int taken = 0;
         for (const std::size_t s : stepsOfWeight(k, steps.size())) {
@@ -40,12 +38,13 @@ std::vector<QStringList> LinearityScaling::gridRows(const CalMatrix& matrix,
                 continue;
             }
             const float fz = computedFz(matrix, steps[s].mean);
-            row << force.format(fz);
+            row << shownNumber(fz, u"0.000");
             sum += fz;
             ++taken;
         }
-        row << (taken > 0 ? scale.format(sum / static_cast<float>(taken) / steps[k].appliedLoad)
-                          : QString());
+        row << (taken > 0
+                    ? shownNumber(sum / static_cast<float>(taken) / steps[k].appliedLoad, u"0.0000")
+                    : QString());
         rows.push_back(row);
     }
     return rows;

@@ -1,14 +1,13 @@
 #pragma once
 
-#include "calibration/Calibration.h"
-#include "calibration/MatrixFit.h"
 #include "device/ToolDialog.h"
 
 #include <QPointF>
 #include <array>
-#include <memory>
+#include <vector>
 
 class QCheckBox;
+class QGridLayout;
 class QGroupBox;
 class QLabel;
 class QLineEdit;
@@ -20,26 +19,26 @@ class QTableWidget;
 
 namespace kx {
 
+class CalibrationSession;
 class PlatePicture;
 class StripChart;
 
 // "Force Platform Calibration": the technician walks the plate's grid of points with the
 // calibration weight, taking a zero and a loaded acquisition at each, fits the matrix, checks
 // it with the linearity weights, saves the calibration file and commits the scaled matrix and
-// the operator records to the plate.
+// the operator records to the plate. The procedure itself is the CalibrationSession's; this
+// dialog shows it and hands it the controls' commands.
 class frmCalibrate : public ToolDialog {
     Q_OBJECT
 public:
     static constexpr int Channels = 3;
-    static constexpr int LinearitySteps = 8;
 
     explicit frmCalibrate(const ToolContext& context, QWidget* parent = nullptr);
     ~frmCalibrate() override;
 
-    // The main window's gage voltage, shown as the bridge excitation of new acquisitions.
-    void setBridgeExcitation(const QString& volts);
     // The outside fit engine's program: octave-cli on the PATH unless set.
     void setFitProgram(const QString& program);
+    CalibrationSession& session() const { return *m_session; }
 
     QGroupBox* frmAcqParam;
     QLabel* lblExcitation;
@@ -75,7 +74,9 @@ public:
     QGroupBox* frmCalibrationMatrix;
     QTableWidget* flxgrdCalibrationMat;
     QLabel* lblMatrixCaption;
-    QLabel* lblFitQuality; // the fit's diagnostics in words
+    QLabel* lblMatrixStale; // shown while the matrix no longer matches the points
+    QGroupBox* frmFitQuality;
+    QLabel* lblFitQuality; // the fit's diagnostics in words, or why the matrix is out of date
 
     QGroupBox* frmCalibrationErrors;
     QTableWidget* flxgrdErrors;
@@ -112,7 +113,7 @@ public:
 
     QGroupBox* frmScaling;
     QPushButton* cmdScaleZero;
-    std::array<QPushButton*, LinearitySteps> cmdScaleLoad{}; // step order: loads, then unloads
+    std::vector<QPushButton*> cmdScaleLoad; // one per linearity step: loads, then unloads
     QGroupBox* frmScalingValue;
     QLineEdit* txtScale;
     QLabel* lblScaleStored;
@@ -140,78 +141,47 @@ public:
     QStatusBar* StatusBar1;
 
 Q_SIGNALS:
-    // OK hands the scaled matrix over: cell (row, column) as the single-precision text the
-    // main window's matrix editor enters into the plate.
+    // OK hands the scaled matrix over once the plate holds it: cell (row, column) as the
+    // single-precision text the main window's matrix boxes show.
     void matrixCommitted(int row, int column, const QString& value);
+    // The point the technician is at now (0-based), for a window that marks it on the plate.
+    void currentPointChanged(int point);
 
-public:
-    // The calibration as it stands: what a report reads.
-    const Calibration& calibration() const;
+public Q_SLOTS:
+    // Cancel, Esc and the title bar's close: work no file keeps is asked about first.
+    void reject() override;
 
 protected:
     void loading() override;
     void unloading() override;
 
 private:
-    struct State;
-
     void buildControls();
-    void layOutControls();
-    void connectControls();
-    QGroupBox* buildZeroPanel();
-    QGroupBox* buildDataPanel();
     QGroupBox* buildScalingPanel();
     QGroupBox* buildSignalsPanel();
+    void sizeToCalibration();
+    void layOutControls();
+    void connectControls();
+    void connectSession();
 
-    // Commands
-    void cmdNext_Click();
-    void picPlate_Click(QPointF plate);
-    void cmdZero_Click();
-    void cmdData_Click();
-    void cmdScaleZero_Click();
-    void cmdScaleLoad_Click(int step);
-    void cmdMatrix_Click();
-    void octaveFinished(const std::optional<FitProducts>& products, const QString& error);
-    void acceptFit(FitOutcome outcome);
-    void cmdScale_Click();
-    void cmdFileSave_Click();
-    void cmdFileName_Click();
+    void cmdOK_Click();
     void cmdReport_Click();
     void cmdDisplay_Click();
-    void cmdOK_Click();
-
-    // Acquisitions
-    void startZero(bool scaling);
-    void startData(int step); // -1: the current point
-    bool prepareAcquisition(qint32& samples);
-    void stopRunning();
-    void finishAcquisition();
-    void ZeroProgress(qint32 samples);
-    void ZeroDone(const ChannelValues& average, const ChannelValues& deviation);
-    void TestDone(qint32 count, const QList<Float3>& volts);
     void ForcesIn(const Float3& forces, const Float3& volts);
-    void playCompletionSound();
     void showSignalNames();
-    void returnToIdle();
-    void setCommandsEnabled(bool enabled);
+    void startCharts(bool on);
 
-    // Checks of OK and Save; each shows its message and says whether to go on.
-    bool operatorGiven();
-    bool conditionsGiven();
-    bool save();
-
-    // Panels
-    void setStatus(int text);
+    void showForm();
     void showEverything();
+    void showCommands();
     void showPicture();
-    void showZeroPanel();
-    void showDataPanel();
+    void showPointPanels();
     void showMatrix();
     void showScaling();
-    void showConditions();
 
-    std::unique_ptr<State> m_state;
-    bool m_applyingSpan = false; // the dialog, not the user, is setting the charts' span
+    CalibrationSession* m_session;
+    QGridLayout* m_stepButtons = nullptr; // cmdScaleZero and cmdScaleLoad
+    bool m_applyingSpan = false;          // the dialog, not the user, is setting the charts' span
 };
 
 } // namespace kx

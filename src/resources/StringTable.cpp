@@ -373,6 +373,58 @@ constexpr std::array Table = std::to_array<Entry>({
     {8000, "KX Force Platforms Control Panel - Force Platform Calibration"},
     {8010, "&OK"},
     {8020, "&Cancel"},
+    // The calibration's work kept safe, and the questions that guard it
+    {8030, "This calibration holds work that no file keeps yet: %1.\n\nSave it before closing?"},
+    {8031, "This calibration holds work that no file keeps yet: %1.\n\nSave it before opening "
+           "another file?"},
+    {8032, "&Save"},
+    {8033, "&Discard"},
+    {8034, "&Go Back"},
+    {8035, "Discard this calibration work (%1)? It cannot be brought back afterwards."},
+    {8036, "%1 of %2 points taken, %3 of %4 linearity steps taken"},
+    {8040, "Calibration work on plate %1 was not saved in a file. It was kept safe on %2: %3.\n\n"
+           "Restore it?"},
+    {8041, "&Restore"},
+    {8042, "Discard the kept calibration work of plate %1 (%2)? It cannot be brought back "
+           "afterwards."},
+    {8043, "&Keep It"},
+    {8044, "The calibration work kept for plate %1 cannot be read: %2\n\nIt was moved aside to "
+           "%3."},
+    {8045, "The calibration work could not be kept safe in %1: %2\n\nSave the calibration file "
+           "to keep it."},
+    {8050, "Point %1 has no zero: unload the plate and press Get Zero first."},
+    {8051, "No scaling zero: unload the plate and press Get Zero under Calibration Scaling first."},
+    {8055, "The points changed after this matrix was computed: press Compute Matrix again."},
+    {8056, "No matrix has been computed for the points, so none can be written to the plate."
+           "\n\nClose without writing a matrix to the plate?"},
+    {8057, "The points changed after the matrix was computed, so the matrix shown no longer "
+           "matches them.\n\nPress Compute Matrix first, or close without writing a matrix to the "
+           "plate?"},
+    {8058, "&Close Without Writing"},
+    {8059, "No matrix has been computed yet, and a report states one: press Compute Matrix first."},
+    {8060, "The points changed after the matrix was computed: press Compute Matrix again before "
+           "a report."},
+    {8062, "This calibration is of plate %1, but the plate attached is %2.\n\nIts matrix is "
+           "written to plate %2 only if you confirm it at OK."},
+    {8064, "This calibration is of plate %1, not of the plate attached (%2).\n\nWrite its matrix "
+           "to plate %2 all the same?"},
+    {8065, "&Write to Plate %1"},
+    {8066, "unknown (the file's name does not say)"},
+    {8070, "The matrix could not be written to the plate: %1\n\nThe plate keeps its previous "
+           "matrix and nothing else was written. Press OK to try again."},
+    {8071, "The plate's matrix could not be read before writing the new one: %1\n\nNothing was "
+           "written to the plate."},
+    {8072, "The matrix could not be written to the plate: %1\n\nWriting the previous matrix back "
+           "failed too (%2): the plate may hold a mix of old and new cells. Check its matrix in "
+           "the main window before using it."},
+    {8073, "row %1, column %2 reads %3 after %4 was written"},
+    {8074, "The matrix is in the plate, but the operator records could not be written: %1\n\n"
+           "Press OK to write them again."},
+    {8080, "%1 per volt of bridge %2: %3 %4, known to ±%5 %4 (about 95 %)"},
+    {8081, "%1 per volt of bridge %2: %3 %4"},
+    {8082, "N/V"},
+    {8083, "N·m/V"},
+    {8084, "Fit:"},
     {8100, "Acquisitions Parameters:"},
     {8110, "Bridge Excit (V):"},
     {8120, "Sampling Freq (Hz):"},
@@ -453,14 +505,8 @@ constexpr std::array Table = std::to_array<Entry>({
     {8657, "Date:"},
     {8700, "Calibration Scaling:"},
     {8710, "Get &Zero"},
-    {8720, "Load &25 kg"},
-    {8721, "Load &50 kg"},
-    {8722, "Load &75 kg"},
-    {8723, "Load &100 kg"},
-    {8724, "Unload &100 kg"},
-    {8725, "Unload &75 kg"},
-    {8726, "Unload &50 kg"},
-    {8727, "Unload &25 kg"},
+    {8728, "Load &%1 kg"},
+    {8729, "Unload &%1 kg"},
     {8740, "Scaling Value:"},
     {8750, "Sca&le"},
     {8757, "On File: "},

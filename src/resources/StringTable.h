@@ -144,6 +144,49 @@ inline constexpr int Title = 8000;
 inline constexpr int Ok = 8010;
 inline constexpr int Cancel = 8020;
 
+// Leaving with work no file keeps: Save, Discard or Go Back; a discard is asked once more.
+inline constexpr int LeaveQuestion = 8030; // %1 the work (WorkSummary)
+inline constexpr int OpenQuestion = 8031;  // %1 the work
+inline constexpr int ChoiceSave = 8032;
+inline constexpr int ChoiceDiscard = 8033;
+inline constexpr int ChoiceGoBack = 8034;
+inline constexpr int DiscardConfirm = 8035; // %1 the work
+inline constexpr int WorkSummary = 8036;    // %1 of %2 points, %3 of %4 steps
+// The work kept safe for a plate, offered back when its calibration opens again.
+inline constexpr int RecoveryOffer = 8040; // %1 serial, %2 when, %3 the work
+inline constexpr int ChoiceRestore = 8041;
+inline constexpr int RecoveryDiscardConfirm = 8042; // %1 serial, %2 the work
+inline constexpr int ChoiceKeep = 8043;
+inline constexpr int RecoveryUnreadable = 8044; // %1 serial, %2 why, %3 where it went
+inline constexpr int RecoveryNotKept = 8045;    // %1 the folder, %2 why
+// Acquisitions refused for want of a zero: status texts.
+inline constexpr int NeedPointZero = 8050; // %1 the point's number
+inline constexpr int NeedScalingZero = 8051;
+// A matrix that no longer matches the points, or none.
+inline constexpr int FitStale = 8055;
+inline constexpr int OkWithoutFit = 8056;
+inline constexpr int OkWithStaleFit = 8057;
+inline constexpr int ChoiceCloseWithoutWriting = 8058;
+inline constexpr int ReportWithoutFit = 8059;
+inline constexpr int ReportWithStaleFit = 8060;
+// A calibration of another plate than the one attached.
+inline constexpr int OtherPlateOpened = 8062;   // %1 the calibration's plate, %2 the attached one
+inline constexpr int OtherPlateCommit = 8064;   // the same
+inline constexpr int ChoiceWriteToPlate = 8065; // %1 the attached plate
+inline constexpr int UnknownPlate = 8066;
+// Writing the matrix into the plate.
+inline constexpr int CommitFailed = 8070;        // %1 why
+inline constexpr int CommitOldUnreadable = 8071; // %1 why
+inline constexpr int CommitMixed = 8072;         // %1 why, %2 why the old cells did not go back
+inline constexpr int CommitMismatch = 8073;      // %1 row, %2 column, %3 read, %4 written
+inline constexpr int CommitRecordsFailed = 8074; // %1 why
+// A matrix cell's tooltip: %1 Fz, Mx or My, %2 bridge, %3 value, %4 units, %5 uncertainty.
+inline constexpr int CellTip = 8080;
+inline constexpr int CellTipWithoutUncertainty = 8081;
+inline constexpr int UnitsPerVoltForce = 8082;
+inline constexpr int UnitsPerVoltMoment = 8083;
+inline constexpr int FitFrame = 8084; // frmFitQuality, around lblFitQuality
+
 inline constexpr int AcqParamFrame = 8100; // frmAcqParam
 inline constexpr int Excitation = 8110;    // lblExcitation
 inline constexpr int SampFreq = 8120;      // lblSampFreq
@@ -193,9 +236,10 @@ inline constexpr int DataSDev = 8655;        // lblDataSDev
 inline constexpr int DataT = 8656;           // lblDataT
 inline constexpr int DataDate = 8657;        // lblDataDate
 
-inline constexpr int ScalingFrame = 8700; // frmScaling
-inline constexpr int ScaleZero = 8710;    // cmdScaleZero
-inline constexpr int ScaleLoad = 8720;    // cmdScaleLoad of linearity step n: ScaleLoad + n - 1
+inline constexpr int ScalingFrame = 8700;      // frmScaling
+inline constexpr int ScaleZero = 8710;         // cmdScaleZero
+inline constexpr int LoadStep = 8728;          // cmdScaleLoad of a loading step, %1 kilograms
+inline constexpr int UnloadStep = 8729;        // cmdScaleLoad of an unloading step, %1 kilograms
 inline constexpr int ScalingValueFrame = 8740; // frmScalingValue
 inline constexpr int Scale = 8750;             // cmdScale
 inline constexpr int ScaleStored = 8757;       // "On File: " in lblScaleStored

@@ -24,8 +24,10 @@ QString fileLocationsHelp() {
                           "    moved by KX_COMMON_APPDATA (the folder above "
                           "Quentral/Plate Control Panel)\n"
                           "  Captures and noise-test results:  %2\n"
-                          "    moved by KX_DOCUMENTS\n")
-               .arg(IniFile::sharedProfile().path(), DocumentsFolder());
+                          "    moved by KX_DOCUMENTS\n"
+                          "  Unsaved calibration work, kept until it is saved:  %3\n"
+                          "    moved by KX_USER_DATA\n")
+               .arg(IniFile::sharedProfile().path(), DocumentsFolder(), UserDataFolder());
 }
 
 } // namespace kx

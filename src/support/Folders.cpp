@@ -82,4 +82,10 @@ QString DocumentsFolder() {
                       QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
 }
 
+QString UserDataFolder() {
+    return folderFrom("KX_USER_DATA",
+                      QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                          QLatin1String(ProfileSubfolder));
+}
+
 } // namespace kx

@@ -49,4 +49,9 @@ bool FolderIsWritable(const QString& path);
 // The user's documents folder: $KX_DOCUMENTS when set, else the XDG documents folder.
 QString DocumentsFolder();
 
+// This user's own data, kept between runs but not a document (work held safe until it is
+// saved): $KX_USER_DATA when set, else ProfileSubfolder in the XDG data home
+// (~/.local/share/Quentral/Plate Control Panel).
+QString UserDataFolder();
+
 } // namespace kx

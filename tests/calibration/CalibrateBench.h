@@ -1,10 +1,11 @@
 #pragma once
 
 #include "DialogFixture.h"
+#include "SessionBench.h"
+#include "calibration/CalibrationSession.h"
 #include "calibration/CalibrationSettings.h"
 #include "calibration/PlatePicture.h"
 #include "calibration/frmCalibrate.h"
-#include "sim/SimPlateConfig.h"
 
 #include <QLineEdit>
 #include <QPushButton>
@@ -13,29 +14,11 @@
 
 namespace kx::test {
 
-// The local gravity of the calibration profile's defaults: 25 kg on the simulated plate then
-// weighs exactly the profile's calibration load.
-inline constexpr double ProfileGravity = 9.796878;
-inline constexpr double CalibrationKilograms = 25.0;
-
-// The plate every calibration test runs on: uncalibrated, its hidden matrix drawn from a fixed
-// seed, ideal apart from white converter noise so that the fit must recover it closely.
-inline SimPlateConfig calibrationPlateConfig() {
-    SimPlateConfig config;
-    config.serial = QStringLiteral("30417");
-    config.seed = 7;
-    config.calibrated = false;
-    config.imperfections = SimImperfections::none();
-    return config;
-}
-
 // A technician's hands on frmCalibrate: clicks, weights on and off the simulated plate, and
 // the clock moved on until the dialog is idle again.
-class CalibrateHands {
+class CalibrateHands : public WeightHands {
 public:
-    CalibrateHands(ManualClock& clock, SimPlate& plate)
-        : m_clock(clock)
-        , m_plate(plate) {}
+    using WeightHands::WeightHands;
 
     bool idle(const frmCalibrate& dialog) const { return dialog.cmdZero->isEnabled(); }
 
@@ -54,16 +37,6 @@ public:
         const PointXY xy = CalibrationSettings::defaultPoints()[std::size_t(point)];
         const QPointF at = dialog.picPlate->view().toDevice({xy.x, xy.y});
         QTest::mouseClick(dialog.picPlate, Qt::LeftButton, {}, at.toPoint());
-    }
-
-    void unload() {
-        m_plate.loads().removeAll(m_plate.now());
-        m_clock.advance(500);
-    }
-
-    void place(double kilograms, double x, double y) {
-        m_plate.loads().placeWeight(kilograms, x, y, m_plate.now());
-        m_clock.advance(500);
     }
 
     void takeZero(frmCalibrate& dialog) {
@@ -96,21 +69,12 @@ public:
             takeData(dialog, point, point == misplaced ? 0.02 : 0);
         }
     }
-
-private:
-    ManualClock& m_clock;
-    SimPlate& m_plate;
 };
 
 // frmCalibrate on the calibration plate at the profile's gravity, with a 2 s duration.
 class CalibrateDialogBench : public DialogFixture<frmCalibrate> {
 protected:
-    SimPlate& benchPlate() {
-        SimPlate* added = driver.addPlate(calibrationPlateConfig());
-        added->loads().setGravity(ProfileGravity);
-        openPlates();
-        return *added;
-    }
+    SimPlate& benchPlate() { return openCalibrationPlate(driver, clock); }
     frmCalibrate& open() {
         openDialog(&plate, [](frmCalibrate& d) { d.txtDuration->setText(QStringLiteral("2")); });
         return *dialog;

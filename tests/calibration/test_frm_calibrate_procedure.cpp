@@ -119,7 +119,7 @@ TEST_F(CalibrationProcedure, TheGridWalkedByHandGivesThePlateItsOwnMatrix) {
     // The first points by hand: an accepted zero becomes the plate's zero; a click leaving a
     // point without data drops its zero, Next keeps it; Get Data writes the zero again first.
     const auto point = [&dialog](int i) -> const CalPoint& {
-        return dialog.calibration().record.points[std::size_t(i)];
+        return dialog.session().calibration().record.points[std::size_t(i)];
     };
     prompt.events.clear();
     hands.takeZero(dialog);
@@ -130,7 +130,7 @@ TEST_F(CalibrationProcedure, TheGridWalkedByHandGivesThePlateItsOwnMatrix) {
     EXPECT_TRUE(dialog.lblZeroAve[0]->text().isEmpty()) << "point 3 has no zero to show";
     hands.takeZero(dialog);
     dialog.cmdNext->click();
-    EXPECT_EQ(dialog.calibration().currentPoint, 3);
+    EXPECT_EQ(dialog.session().calibration().currentPoint, 3);
     EXPECT_TRUE(point(2).zeroDone) << "left by Next";
     hands.clickPoint(dialog, 0);
     hands.takeZero(dialog);
@@ -183,7 +183,7 @@ TEST_F(CalibrationProcedure, TheGridWalkedByHandGivesThePlateItsOwnMatrix) {
     hands.takeZero(dialog);
     hands.takeData(dialog, 6);
     hands.computeMatrix(dialog);
-    for (const bool flagged : dialog.calibration().fit->diagnostics.flagged)
+    for (const bool flagged : dialog.session().calibration().fit->diagnostics.flagged)
         EXPECT_FALSE(flagged) << "taken again on its mark";
 
     // Linearity: a zero, then 25 to 100 kg stacked at the plate's origin and taken off again.
@@ -227,10 +227,10 @@ TEST_F(CalibrationProcedure, TheGridWalkedByHandGivesThePlateItsOwnMatrix) {
     dialog.txtOpNow->setText(QStringLiteral(" JD7 "));
     dialog.txtCTemp->setText(QStringLiteral("22.5"));
     dialog.txtCRH->setText(QStringLiteral("41"));
-    const CalMatrix scaled = dialog.calibration().scaledMatrix;
+    const CalMatrix scaled = dialog.session().calibration().scaledMatrix;
     prompt.messages.clear();
     dialog.cmdOK->click();
-    CalibrationRecord record = dialog.calibration().record;
+    CalibrationRecord record = dialog.session().calibration().record;
     record.scalingZero.temperature = 0; // the file keeps none for the scaling zero
     EXPECT_EQ(messagesBesidesEngine(), QStringList());
     EXPECT_FALSE(dialog.isVisible());
@@ -273,7 +273,7 @@ TEST_F(CalibrationProcedure, TheGridWalkedByHandGivesThePlateItsOwnMatrix) {
     EXPECT_EQ(prompt.dialogs[0].filter, "All Files (*.*)|*.*|Calibration Files (*.cal)|*.cal");
     EXPECT_EQ(prompt.dialogs[0].defaultExtension, ".cal");
     EXPECT_EQ(prompt.dialogs[0].initialFolder, QFileInfo(saved).absolutePath());
-    EXPECT_EQ(next.calibration().record, record);
+    EXPECT_EQ(next.session().calibration().record, record);
     EXPECT_EQ(next.lblSerialNumFileTxt->text(), "30417");
     EXPECT_EQ(next.txtCPres->text(), "1013.2");
     EXPECT_EQ(next.lblZeroAve[0]->text(), formatNumber(record.points[0].zeroAverage[0], u"0.0"));
@@ -291,7 +291,7 @@ TEST_F(CalibrationProcedure, TheGridWalkedByHandGivesThePlateItsOwnMatrix) {
     prompt.fileAnswers.push_back(damaged);
     next.cmdFileName->click();
     ASSERT_EQ(messagesBesidesEngine().size(), 1);
-    EXPECT_EQ(next.calibration().record, record);
+    EXPECT_EQ(next.session().calibration().record, record);
     const QDateTime recorded = plate.CalibrationRecordDate();
     prompt.messages.clear();
     next.txtOpNow->setText(QStringLiteral("    "));

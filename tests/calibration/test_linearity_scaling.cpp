@@ -46,6 +46,11 @@ TEST(LinearityScaling, SuggestedValueFromTheRangeOfRatios) {
         {"0.95 and 0.99", {{1, 0.95}, {6, 0.99}}, "1.0309"},
         {"one step", {{2, 0.8}}, "1.2500"},
         {"a ratio above 2 keeps the smallest at 2", {{3, 2.5}}, "0.4444"},
+        {"only ratios above 2", {{3, 2.5}, {4, 3.0}}, "0.4000"},
+        {"the mid-range of three ratios, not their mean",
+         {{0, 0.97}, {7, 1.05}, {1, 0.99}},
+         "0.9901"},
+        {"an unload taken without its load", {{6, 1.04}}, "0.9615"},
         {"all steps",
          {{0, 1.01}, {1, 1.0}, {2, 0.99}, {3, 1.0}, {4, 1.0}, {5, 1.0}, {6, 1.0}, {7, 1.03}},
          "0.9901"},
@@ -63,10 +68,13 @@ TEST(LinearityScaling, GridRowsPairEachLoadWithItsUnload) {
     take(steps[0], 0.98);  // load 100 N
     take(steps[7], 1.02);  // unload 100 N
     take(steps[6], 1.005); // unload 200 N
+    take(steps[2], 0.97);  // load 300 N
+    take(steps[5], 1.05);  // unload 300 N
     const std::vector<QStringList> rows = LinearityScaling::gridRows(FzFromFirstSignal, steps);
     ASSERT_EQ(rows.size(), 4u);
     EXPECT_EQ(rows[0], (QStringList{"100.000", "98.000", "102.000", "1.0000"}));
     EXPECT_EQ(rows[1], (QStringList{"200.000", "", "201.000", "1.0050"}));
+    EXPECT_EQ(rows[2], (QStringList{"300.000", "291.000", "315.000", "1.0100"}));
     EXPECT_EQ(rows[3], (QStringList{"400.000", "", "", ""}));
 }
 

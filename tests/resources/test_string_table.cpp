@@ -73,12 +73,19 @@ std::vector<std::pair<int, std::vector<int>>> assignedNumbers() {
         c::FitPointsDoNotFit, c::ElementUncertainty, c::SignalBridges, c::SignalForces,
         c::EngineDisagrees, c::PictureDoesNotFit, c::PictureArrowLength, c::ReportScaledNotWritten,
         c::ReportScaledHeld, c::ReportLinearity, c::ReportNotPerformed,
-        c::ReportElementUncertainty, c::FitExpandedUncertainty, c::FitFewDegrees};
+        c::ReportElementUncertainty, c::FitExpandedUncertainty, c::FitFewDegrees,
+        c::LeaveQuestion, c::OpenQuestion, c::ChoiceSave, c::ChoiceDiscard, c::ChoiceGoBack,
+        c::DiscardConfirm, c::WorkSummary, c::RecoveryOffer, c::ChoiceRestore,
+        c::RecoveryDiscardConfirm, c::ChoiceKeep, c::RecoveryUnreadable, c::RecoveryNotKept,
+        c::NeedPointZero, c::NeedScalingZero, c::FitStale, c::OkWithoutFit, c::OkWithStaleFit,
+        c::ChoiceCloseWithoutWriting, c::ReportWithoutFit, c::ReportWithStaleFit,
+        c::OtherPlateOpened, c::OtherPlateCommit, c::ChoiceWriteToPlate, c::UnknownPlate,
+        c::CommitFailed, c::CommitOldUnreadable, c::CommitMixed, c::CommitMismatch,
+        c::CommitRecordsFailed, c::CellTip, c::CellTipWithoutUncertainty, c::UnitsPerVoltForce,
+        c::UnitsPerVoltMoment, c::FitFrame, c::LoadStep, c::UnloadStep};
     // clang-format on
     for (int i = 0; i < 3; ++i)
         cal.insert(cal.end(), {c::ZeroCh + i, c::DataCh + i});
-    for (int step = 0; step < 8; ++step)
-        cal.push_back(c::ScaleLoad + step);
     for (int id = c::FileEmpty; id <= c::FileNotSaved; ++id)
         cal.push_back(id);
     for (int id = c::Report; id <= c::ReportPageNumbers; ++id)

@@ -45,7 +45,8 @@ TEST_F(Settings, TheProfileAndHelpFollowTheEnvironment) {
     const QString help = fileLocationsHelp();
     for (const QString& expected :
          QStringList{m_environment.settingsFile(), profile, m_environment.documentsFolder(),
-                     "KX_SETTINGS_FILE", "KX_COMMON_APPDATA", "KX_DOCUMENTS"})
+                     m_environment.userDataFolder(), "KX_SETTINGS_FILE", "KX_COMMON_APPDATA",
+                     "KX_DOCUMENTS", "KX_USER_DATA"})
         EXPECT_TRUE(help.contains(expected)) << expected.toStdString() << "\n"
                                              << help.toStdString();
 }
