@@ -16,6 +16,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollArea>
 #include <QStatusBar>
 #include <QTableWidget>
 #include <QVBoxLayout>
@@ -232,7 +233,6 @@ void frmCalibrate::buildControls() {
     lblFitQuality = named(new QLabel(frmFitQuality), QStringLiteral("lblFitQuality"));
     lblFitQuality->setWordWrap(true);
     lblFitQuality->setTextFormat(Qt::PlainText);
-    lblFitQuality->setMinimumHeight(6 * fontMetrics().lineSpacing());
     lblFitQuality->setAlignment(Qt::AlignLeft | Qt::AlignTop);
 
     frmCalibrationErrors = frame(QStringLiteral("frmCalibrationErrors"), c::ErrorsFrame);
@@ -464,7 +464,15 @@ void frmCalibrate::layOutControls() {
     matrix->addWidget(lblMatrixStale);
     matrix->addStretch();
     (new QVBoxLayout(frmCalibrationErrors))->addWidget(flxgrdErrors);
-    (new QVBoxLayout(frmFitQuality))->addWidget(lblFitQuality);
+    // The findings scroll within a fixed height, so a longer summary (few points, several
+    // outliers) never pushes the panels around it.
+    auto* findings = new QScrollArea(frmFitQuality);
+    findings->setWidget(lblFitQuality);
+    findings->setWidgetResizable(true);
+    findings->setFrameShape(QFrame::NoFrame);
+    findings->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    findings->setFixedHeight(6 * fontMetrics().lineSpacing());
+    (new QVBoxLayout(frmFitQuality))->addWidget(findings);
 
     auto* left = new QVBoxLayout;
     for (QWidget* panel : std::initializer_list<QWidget*>{frmAcqParam, frmOperator, frmFile,

@@ -58,7 +58,7 @@ protected:
     void writeAnswer() {
         QString unused;
         const FitProblem problem =
-            MatrixFit::pose(dialog->calibration().record.points, unused).value();
+            MatrixFit::pose(dialog->session().calibration().record.points, unused).value();
         const FitProducts fit = BuiltInFitEngine().compute(problem.L, problem.S, unused).value();
         QByteArray answer;
         for (const Eigen::MatrixXd* m : {&fit.C, &fit.F})
@@ -130,7 +130,7 @@ TEST_F(CalibrateWithOctave, TheWindowStaysLiveAndAFailingOctaveFallsBackToTheBui
     QFile(folder.filePath(QStringLiteral("go"))).open(QIODevice::WriteOnly);
     ASSERT_TRUE(fitDone());
     EXPECT_EQ(prompt.messages, QStringList()) << "Octave's matrix taken";
-    EXPECT_EQ(calibrate.calibration().matrix, builtInMatrix());
+    EXPECT_EQ(calibrate.session().calibration().matrix, builtInMatrix());
     EXPECT_EQ(calibrate.StatusBar1->currentMessage(), "Ready");
     EXPECT_TRUE(calibrate.cmdZero->isEnabled() && calibrate.picPlate->isEnabled());
     EXPECT_EQ(calibrate.flxgrdErrors->rowCount(), Points);
