@@ -127,6 +127,7 @@ constexpr std::array Table = std::to_array<Entry>({
     {921, " HID devices"},
     {930, "A Connected KX Force Platform is not Responding\nTo Communications Attempt From The "
           "Computer!\n\nPlease Disconnect and then Reconnect all\nKX Force Platforms."},
+    {955, " - simulated time ×%1"},
 
     // frmZero
     {1000, "KX Force Platforms Control Panel - Device Zero"},

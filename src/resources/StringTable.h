@@ -42,6 +42,7 @@ inline constexpr int ApplicationTitle = 100;
 namespace mainwindow {
 inline constexpr int SplashLinux = 29;     // "For Linux"; the kernel version follows
 inline constexpr int RefreshDevices = 215; // cmdDevRefresh
+inline constexpr int TimeSpeed = 955;      // after the title while time runs faster, "%1" × 
 } // namespace mainwindow
 
 namespace meter {

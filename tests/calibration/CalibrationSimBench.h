@@ -37,6 +37,10 @@ public:
     static constexpr int SettleMs = 1000; // a weight settles within 0.2 s
 
     CalibrationSimBench(quint64 seed, bool imperfect, QString duration = QStringLiteral("2"))
+        : CalibrationSimBench(proofPlateConfig(seed, imperfect), std::move(duration)) {}
+
+    explicit CalibrationSimBench(const SimPlateConfig& plateConfig,
+                                 QString duration = QStringLiteral("2"))
         : m_duration(std::move(duration)) {
         settings.Points = CalibrationSettings::defaultPoints();
         settings.Load = static_cast<float>(WeightKg * settings.Gravity);
@@ -44,7 +48,7 @@ public:
         calibration = Calibration::fromSettings(settings);
         // The plate stands where the profile's gravity was measured.
         driver.setGravity(settings.Gravity);
-        plate = driver.addPlate(proofPlateConfig(seed, imperfect));
+        plate = driver.addPlate(plateConfig);
         driver.AddDeviceId(PlateVendorId, PlateProductId1, 0);
         driver.AddDeviceId(PlateVendorId, PlateProductId2, 0);
         driver.OpenDevices(PlateVendorId, PlateProductId1, PlateProductId2);

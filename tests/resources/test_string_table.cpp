@@ -81,7 +81,7 @@ std::vector<std::pair<int, std::vector<int>>> assignedNumbers() {
     for (int id = c::Report; id <= c::ReportPageNumbers; ++id)
         cal.push_back(id);
     return {
-        {MainBlock, {mainwindow::SplashLinux, mainwindow::RefreshDevices}},
+        {MainBlock, {mainwindow::SplashLinux, mainwindow::RefreshDevices, mainwindow::TimeSpeed}},
         {MeterBlock, {meter::ChannelPrefix, meter::VoltsSuffix}},
         {AcquireBlock,
          {acquire::SignalForces, acquire::SignalVoltages, acquire::SignalPostural,
