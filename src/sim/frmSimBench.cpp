@@ -37,6 +37,11 @@ QString gravityText(double value) {
 constexpr double SpeedPresets[] = {1, 10, 100, 1000};
 
 QString speedText(double speed) {
+    return QStringLiteral("×") + QString::number(speed);
+}
+
+// Tenths matter only for the slowest.
+QString achievedText(double speed) {
     return QStringLiteral("×") + QString::number(speed, 'f', speed < 10 ? 1 : 0);
 }
 
@@ -159,8 +164,8 @@ void frmSimBench::refreshSpeed() {
     const double asked = m_time->speed();
     const double achieved = m_time->achievedSpeed();
     const bool keepsUp = achieved >= KeepsUpAbove * asked;
-    lblSpeed->setText(keepsUp ? tr("runs at %1").arg(speedText(achieved))
-                              : tr("this computer keeps up only %1").arg(speedText(achieved)));
+    lblSpeed->setText(keepsUp ? tr("runs at %1").arg(achievedText(achieved))
+                              : tr("this computer keeps up only %1").arg(achievedText(achieved)));
     lblSpeed->setStyleSheet(keepsUp ? QString() : QStringLiteral("color: #b00020;"));
 }
 

@@ -1,3 +1,4 @@
+#include "BusyClock.h"
 #include "support/ManualClock.h"
 #include "support/ScaledClock.h"
 
@@ -33,21 +34,6 @@ struct Firings {
     QObject owner;
     Timer* timer;
     std::vector<quint32> ticks;
-};
-
-// The base's ticks plus the time its handlers spent working: the wall clock of a machine on
-// which the handlers take time while no timer can fire.
-class BusyBase final : public Clock {
-public:
-    quint32 tickCount() const override { return manual.tickCount() + busyMs; }
-    QDateTime currentDateTime() const override { return manual.currentDateTime(); }
-    Timer* createTimer(QObject* parent) override { return manual.createTimer(parent); }
-    void singleShot(int ms, QObject* context, std::function<void()> action) override {
-        manual.singleShot(ms, context, std::move(action));
-    }
-
-    ManualClock manual;
-    quint32 busyMs = 0;
 };
 
 } // namespace
@@ -113,7 +99,7 @@ TEST(ScaledClock, WhatIsScheduledBetweenWakesFiresOnTime) {
 // Handlers that take 5 ms of the machine's time for every 10 ms of the clock's cannot keep
 // ×10: time runs at about ×2, every firing still comes in order and none is lost.
 TEST(ScaledClock, WhenTheHandlersCannotKeepUpTimeRunsSlowerAndNothingIsLost) {
-    BusyBase base;
+    kx::test::BusyClock base;
     ScaledClock clock(base, 10);
     const quint32 start = clock.tickCount();
     Firings timer(clock, 10);
