@@ -74,13 +74,10 @@ void ScaledClock::wake() {
         m_time.advance(step);
     } while (m_owedMs >= 1 && quint32(m_base.tickCount() - began) < quint32(WorkBudgetMs));
     --m_depth;
-    // Behind by more than the handlers could do in their budget: that time, and the time
-    // spent trying, is given up, so the program stays responsive and runs as fast as the
-    // machine allows.
-    if (m_owedMs >= 1) {
-        m_owedMs = 0;
-        m_lastBase = m_base.tickCount();
-    }
+    // Behind further than a short stall explains (the machine busy elsewhere for a moment):
+    // the handlers cannot keep up, and the time beyond is given up, so the program stays
+    // responsive and runs as fast as the machine allows.
+    m_owedMs = std::min(m_owedMs, m_speed * MaxBacklogMs);
     noteProgress();
     planWake(false);
 }

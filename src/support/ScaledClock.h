@@ -15,19 +15,21 @@ namespace kx {
 // due on the way fires at its own due time and in order, exactly as under a manual clock; so
 // the program does the same things at every speed, only sooner.
 //
-// When the handlers cannot keep up (a step's work takes longer than the base clock allows for
-// it), the rest of that step is dropped: time runs slower than asked, and achievedSpeed() says
-// by how much. Nothing that falls due is skipped; it only comes later. A change of speed keeps
-// time continuous.
+// A step's work stops after WorkBudgetMs of base time, so that the event loop stays
+// responsive; what is left is caught up at the next wakes. When the handlers cannot keep up,
+// no more than MaxBacklogMs of base time is kept owed and the rest is given up: time runs
+// slower than asked, and achievedSpeed() says by how much. Nothing that falls due is skipped;
+// it only comes later. A change of speed keeps time continuous.
 class ScaledClock final : public QObject, public Clock {
     Q_OBJECT
 public:
     static constexpr double MinSpeed = 1;
     static constexpr double MaxSpeed = 1000;
-    // The longest the base clock lets this one stand still, and the most base time one step's
-    // work may take before the rest of the step is dropped, ms.
+    // The longest the base clock lets this one stand still, the most base time one step's
+    // work may take, and the most base time owed and not yet run through, ms.
     static constexpr int MaxWakeMs = 20;
     static constexpr int WorkBudgetMs = 40;
+    static constexpr int MaxBacklogMs = 1000;
 
     // The calendar starts at `origin`, by default at the base clock's date and time.
     explicit ScaledClock(Clock& base, double speed = 1,
@@ -40,6 +42,9 @@ public:
     void singleShot(int ms, QObject* context, std::function<void()> action) override {
         m_time.singleShot(ms, context, std::move(action));
     }
+    // The base clock's.
+    Timer* createDisplayTimer(QObject* parent) override { return m_base.createTimer(parent); }
+    quint32 displayTickCount() const override { return m_base.tickCount(); }
 
     double speed() const { return m_speed; }
     // Clamped to MinSpeed..MaxSpeed.
