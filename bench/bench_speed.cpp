@@ -267,8 +267,8 @@ void compare(const char* what, const RunResult& atSpeed, const RunResult& atOne,
 
 int main(int argc, char** argv) {
     QApplication app(offscreenByDefault(argc), argv);
-    // The built-in fit, not an outside engine: its child process would run on the wall
-    // clock, whatever the speed.
+    // The built-in fit, not an outside engine: that one answers at a moment of plate time that
+    // depends on the machine, and never while a manual clock stands still.
     qputenv("PATH", "/nonexistent");
     RunReporter reporter;
     reporter.runAll(&argc, argv);

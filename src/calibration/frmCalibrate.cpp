@@ -649,7 +649,7 @@ void frmCalibrate::connectControls() {
     m_state->octave = new OctaveFitRun(QStringLiteral("octave-cli"), clock(), this);
     connect(m_state->octave, &OctaveFitRun::finished, this, &frmCalibrate::octaveFinished);
 
-    m_state->progress = clock().createDisplayTimer(this);
+    m_state->progress = clock().createWallTimer(this);
     connect(m_state->progress, &Timer::timeout, this, [this] {
         const auto elapsed = static_cast<double>(quint32(clock().tickCount() - m_state->startTick));
         const auto taken = static_cast<int>(elapsed * double(m_state->frequency) / 1000.0);

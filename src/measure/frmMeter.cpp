@@ -190,7 +190,7 @@ void frmMeter::switchDisplayOff() {
 
 void frmMeter::ForcesIn(const Float3& volts) {
     m_volts.add(volts);
-    if (!m_throttle.due(clock().displayTickCount(),
+    if (!m_throttle.due(clock().wallTickCount(),
                         meterPeriodMs(m_basePeriodMs, mchSpeed->Value())))
         return;
     const std::array<double, 3> means = m_volts.takeMeans();

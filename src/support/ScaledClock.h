@@ -42,9 +42,9 @@ public:
     void singleShot(int ms, QObject* context, std::function<void()> action) override {
         m_time.singleShot(ms, context, std::move(action));
     }
-    // The base clock's.
-    Timer* createDisplayTimer(QObject* parent) override { return m_base.createTimer(parent); }
-    quint32 displayTickCount() const override { return m_base.tickCount(); }
+    // The base clock's, whatever the speed.
+    Timer* createWallTimer(QObject* parent) override { return m_base.createTimer(parent); }
+    quint32 wallTickCount() const override { return m_base.tickCount(); }
 
     double speed() const { return m_speed; }
     // Clamped to MinSpeed..MaxSpeed.

@@ -63,18 +63,18 @@ TEST(ScaledClock, TimersSingleShotsAndTheCalendarRunAtTheChosenSpeed) {
 }
 
 // What is only shown refreshes as often as at ×1: the screen shows no more.
-TEST(ScaledClock, DisplayTimersAndTicksKeepToTheBaseClock) {
+TEST(ScaledClock, WallTimersAndTicksKeepToTheBaseClock) {
     ManualClock base;
     ScaledClock clock(base, 100);
     QObject owner;
     int refreshes = 0;
-    Timer* display = clock.createDisplayTimer(&owner);
+    Timer* display = clock.createWallTimer(&owner);
     QObject::connect(display, &Timer::timeout, [&] { ++refreshes; });
     display->start(100);
-    const quint32 start = clock.displayTickCount();
+    const quint32 start = clock.wallTickCount();
     base.advance(1000);
     EXPECT_EQ(refreshes, 10);
-    EXPECT_EQ(quint32(clock.displayTickCount() - start), 1000u);
+    EXPECT_EQ(quint32(clock.wallTickCount() - start), 1000u);
 }
 
 TEST(ScaledClock, ASpeedChangeKeepsTimeContinuous) {
