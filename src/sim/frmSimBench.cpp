@@ -116,7 +116,7 @@ QWidget* frmSimBench::buildTimeControl() {
     auto* row = new QWidget(this);
     cbxSpeed = new QComboBox(row);
     cbxSpeed->setObjectName(QStringLiteral("cbxSpeed"));
-    cbxSpeed->setAccessibleName(tr("Time runs at"));
+    cbxSpeed->setAccessibleName(tr("Time"));
     cbxSpeed->setToolTip(tr("How many times faster than real time the plates, the waits and the "
                             "timers of the whole program run"));
     lblSpeed = new QLabel(row);

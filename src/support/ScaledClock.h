@@ -58,7 +58,7 @@ Q_SIGNALS:
 
 private:
     void wake();
-    // Moves the time owed to the base clock's present, at the present speed.
+    // Adds the base time since the last look to what is owed, at the present speed.
     void takeBaseTime();
     // Arms the base clock for the next due time, or for MaxWakeMs; `onlyIfSooner` leaves an
     // earlier planned wake alone.
