@@ -274,6 +274,13 @@ void frmMain::showServicePanels() {
     keepOnScreen();
 }
 
+void frmMain::showTimeSpeed(double speed) {
+    QString title = strings::text(strings::ApplicationTitle);
+    if (speed != 1)
+        title += strings::text(strings::mainwindow::TimeSpeed).arg(speed);
+    setWindowTitle(title);
+}
+
 void frmMain::mousePressEvent(QMouseEvent* event) {
     const bool gesture = event->button() == Qt::MiddleButton &&
                          event->modifiers() == (Qt::ShiftModifier | Qt::ControlModifier);

@@ -57,6 +57,9 @@ public:
     // dialog stays disabled.
     void addTool(QPushButton* button, ToolFactory create);
     ToolContext toolContext() const { return {m_clock, m_prompt}; }
+    // How many times faster than real time the simulated plates run: said in the title
+    // whenever it is not 1, so that nobody takes a fast run for a real one.
+    void showTimeSpeed(double speed);
     bool servicePanels() const { return m_servicePanels; }
     PlateDevice* selectedDevice() const { return m_device; }
 

@@ -10,7 +10,9 @@
 #include "sim/SimDriver.h"
 #include "sim/frmSimBench.h"
 #include "support/FileLocations.h"
+#include "support/IniFile.h"
 #include "support/QtClock.h"
+#include "support/ScaledClock.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -46,7 +48,17 @@ struct Options {
     std::optional<int> exitCode;
     kx::Scenario scenario = kx::Scenario::defaults();
     bool bench = false;
+    double speed = 1;
 };
+
+// Whole numbers from 1 to 1000; anything else is refused.
+std::optional<double> readSpeed(const QString& text) {
+    bool ok = false;
+    const int speed = text.toInt(&ok);
+    if (!ok || speed < kx::ScaledClock::MinSpeed || speed > kx::ScaledClock::MaxSpeed)
+        return std::nullopt;
+    return speed;
+}
 
 Options readOptions(int argc, char** argv) {
     // For the parser's help text only; the window's application object comes later, and only
@@ -67,13 +79,25 @@ Options readOptions(int argc, char** argv) {
         QStringLiteral("Open the \"Simulated Plates\" bench window too, to load the plates by hand "
                        "and give them faults. From the main window: %1.")
             .arg(kx::frmSimBench::shortcut().toString(QKeySequence::NativeText)));
+    const QCommandLineOption speed(
+        QStringLiteral("speed"),
+        QStringLiteral("Run time N times faster than real time (1 to 1000, a whole number; the "
+                       "bench offers 1, 10, 100 and 1000): the simulated plates, the waits of "
+                       "the noise test, the acquisitions and every timer of the program. The main "
+                       "window's title says so while N is not 1."),
+        QStringLiteral("N"), QStringLiteral("1"));
     parser.addOption(help);
     parser.addOption(version);
     parser.addOption(scenarioFile);
     parser.addOption(bench);
+    parser.addOption(speed);
     Options options;
     if (!parser.parse(QCoreApplication::arguments())) {
         print(stderr, parser.errorText() + u'\n');
+        options.exitCode = 2;
+    } else if (const std::optional<double> chosen = readSpeed(parser.value(speed)); !chosen) {
+        print(stderr, QStringLiteral("--speed %1: give a whole number from 1 to 1000.\n")
+                          .arg(parser.value(speed)));
         options.exitCode = 2;
     } else if (parser.isSet(help)) {
         print(stdout, parser.helpText() + u'\n' +
@@ -95,6 +119,7 @@ Options readOptions(int argc, char** argv) {
         }
     }
     options.bench = parser.isSet(bench);
+    options.speed = readSpeed(parser.value(speed)).value_or(1);
     return options;
 }
 
@@ -116,24 +141,37 @@ int main(int argc, char** argv) {
     kx::SingleInstance instance;
     return kx::mLoader::run(instance, kx::mLoader::arguments(arguments), [&] {
         QApplication application(argc, argv);
-        kx::QtClock clock;
+        kx::QtClock wallClock;
+        // All the program's time, so the bench can run it faster while every plate is
+        // simulated (always, here).
+        kx::ScaledClock clock(wallClock, options.speed);
         kx::QtPrompt prompt;
         kx::SimDriver* plates = nullptr;
         kx::frmMain window(clock, prompt, [&] {
-            auto driver = std::make_unique<kx::SimDriver>(clock);
+            // Each wake-up of the event loop costs as much as hundreds of samples.
+            auto driver = std::make_unique<kx::SimDriver>(clock, kx::SimDriver::Pacing::Batched);
             options.scenario.applyTo(*driver);
             plates = driver.get();
             return driver;
         });
+        window.showTimeSpeed(clock.speed());
+        QObject::connect(&clock, &kx::ScaledClock::speedChanged, &window,
+                         &kx::frmMain::showTimeSpeed);
         window.load();
-        // The bench goes by itself when the main window lets go of the driver.
-        QPointer<kx::frmSimBench> bench = new kx::frmSimBench(*plates, clock);
+        // The bench goes by itself when the main window lets go of the driver. It refreshes
+        // on the wall clock: the screen shows no more at a higher speed.
+        QPointer<kx::frmSimBench> bench = new kx::frmSimBench(*plates, wallClock);
         bench->installShortcut(window);
-        // Where the calibration grid asks for the weight, drawn faintly on each plate's top.
-        QList<QPointF> calibrationPoints;
-        for (const kx::PointXY& point : kx::CalibrationSettings::defaultPoints())
-            calibrationPoints.append({point.x, point.y});
-        bench->setGuidePoints(calibrationPoints);
+        bench->setTimeControl(clock);
+        // Where the calibration asks for the weight, numbered as it numbers them.
+        bench->setGuidePointSource([] {
+            QList<QPointF> points;
+            for (const kx::PointXY& point :
+                 kx::CalibrationSettings::profilePoints(kx::IniFile::sharedProfile()))
+                points.append({point.x, point.y});
+            return points;
+        });
+        bench->placeBeside(window);
         if (options.bench)
             bench->bringToFront();
         const int exitCode = application.exec();

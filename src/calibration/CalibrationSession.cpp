@@ -74,7 +74,7 @@ CalibrationSession::CalibrationSession(Clock& clock, Prompt& prompt, QObject* pa
     : QObject(parent)
     , m_clock(clock)
     , m_prompt(prompt)
-    , m_progress(clock.createTimer(this))
+    , m_progress(clock.createWallTimer(this)) // only shown: repaints at screen pace
     , m_octave(new OctaveFitRun(QStringLiteral("octave-cli"), clock, this)) {
     connect(m_octave, &OctaveFitRun::finished, this, &CalibrationSession::octaveFinished);
     connect(m_progress, &Timer::timeout, this, [this] {

@@ -34,12 +34,17 @@ void complain(const QString& where, const QString& text, const QString& defaultT
 }
 
 // Reads each profile value with its default and writes it straight back, so that a missing
-// key appears with its default and a malformed one is replaced by it.
+// key appears with its default and a malformed one is replaced by it. A quiet reader only
+// reads.
 class ProfileReader {
 public:
-    explicit ProfileReader(const IniFile& profile)
-        : m_profile(profile) {
-        CreateFolderPath(QFileInfo(profile.path()).absolutePath());
+    enum class Mode { WriteBack, Quiet };
+
+    explicit ProfileReader(const IniFile& profile, Mode mode = Mode::WriteBack)
+        : m_profile(profile)
+        , m_writeBack(mode == Mode::WriteBack) {
+        if (m_writeBack)
+            CreateFolderPath(QFileInfo(profile.path()).absolutePath());
     }
 
     double real(const char* section, const QString& key, double defaultValue, QStringView format) {
@@ -50,9 +55,9 @@ public:
         if (!ok || !std::isfinite(value)) {
             complain(QStringLiteral("[%1] %2").arg(QLatin1String(section), key), text, defaultText);
             value = defaultText.toDouble();
-            m_profile.setValue(QLatin1String(section), key, defaultText);
+            write(section, key, defaultText);
         } else {
-            m_profile.setValue(QLatin1String(section), key, text);
+            write(section, key, text);
         }
         return value;
     }
@@ -67,16 +72,45 @@ public:
             complain(QStringLiteral("[%1] %2").arg(QLatin1String(section), QLatin1String(key)),
                      text, defaultText);
             value = defaultValue;
-            m_profile.setValue(QLatin1String(section), QLatin1String(key), defaultText);
+            write(section, QLatin1String(key), defaultText);
         } else {
-            m_profile.setValue(QLatin1String(section), QLatin1String(key), text);
+            write(section, QLatin1String(key), text);
         }
         return value;
     }
 
 private:
+    void complain(const QString& where, const QString& text, const QString& defaultText) const {
+        if (m_writeBack)
+            kx::complain(where, text, defaultText);
+    }
+    void write(const char* section, const QString& key, const QString& text) const {
+        if (m_writeBack)
+            m_profile.setValue(QLatin1String(section), key, text);
+    }
+
     const IniFile& m_profile;
+    bool m_writeBack;
 };
+
+int readPointCount(ProfileReader& read) {
+    return read.count(Section, "Points", 10, CalibrationSettings::MaxPoints);
+}
+
+std::vector<PointXY> readPoints(ProfileReader& read, int points) {
+    const std::vector<PointXY> defaults = CalibrationSettings::defaultPoints();
+    std::vector<PointXY> coordinates;
+    for (int i = 0; i < points; ++i) {
+        // Points beyond the built-in ten start at the plate's middle.
+        const PointXY fallback = i < static_cast<int>(defaults.size())
+                                     ? defaults[static_cast<std::size_t>(i)]
+                                     : PointXY{0.0, 0.18};
+        const auto x = static_cast<float>(read.real(Section, pointKey(i, 'X'), fallback.x, Metres));
+        const auto y = static_cast<float>(read.real(Section, pointKey(i, 'Y'), fallback.y, Metres));
+        coordinates.push_back({x, y});
+    }
+    return coordinates;
+}
 
 float userReal(const char* name, const QString& defaultText) {
     const QString text =
@@ -105,6 +139,11 @@ std::vector<float> CalibrationSettings::defaultLinearityLoads(double gravity) {
     return loads;
 }
 
+std::vector<PointXY> CalibrationSettings::profilePoints(const IniFile& profile) {
+    ProfileReader read(profile, ProfileReader::Mode::Quiet);
+    return readPoints(read, readPointCount(read));
+}
+
 CalibrationSettings CalibrationSettings::load(const IniFile& profile) {
     const CalibrationSettings d;
     CalibrationSettings s;
@@ -118,7 +157,7 @@ CalibrationSettings CalibrationSettings::load(const IniFile& profile) {
         static_cast<float>(read.real(Section, QStringLiteral("Max Zero StdDev"), 1024, Coarse));
     s.MaxDataStdDev =
         static_cast<float>(read.real(Section, QStringLiteral("Max Data StdDev"), 0.002, Metres));
-    const int points = read.count(Section, "Points", 10, MaxPoints);
+    const int points = readPointCount(read);
     s.PlateXLeft = static_cast<float>(
         read.real(Section, QStringLiteral("Plate X Left"), -16 * MetresPerInch, Coarse));
     s.PlateXRight = static_cast<float>(
@@ -127,17 +166,7 @@ CalibrationSettings CalibrationSettings::load(const IniFile& profile) {
         read.real(Section, QStringLiteral("Plate Y Top"), 22 * MetresPerInch, Coarse));
     s.PlateYBottom = static_cast<float>(
         read.real(Section, QStringLiteral("Plate Y Bottom"), -8 * MetresPerInch, Coarse));
-
-    const std::vector<PointXY> defaults = defaultPoints();
-    for (int i = 0; i < points; ++i) {
-        // Points beyond the built-in ten start at the plate's middle.
-        const PointXY fallback = i < static_cast<int>(defaults.size())
-                                     ? defaults[static_cast<std::size_t>(i)]
-                                     : PointXY{0.0, 0.18};
-        const auto x = static_cast<float>(read.real(Section, pointKey(i, 'X'), fallback.x, Metres));
-        const auto y = static_cast<float>(read.real(Section, pointKey(i, 'Y'), fallback.y, Metres));
-        s.Points.push_back({x, y});
-    }
+    s.Points = readPoints(read, points);
 
     const int loads = read.count(Linearity, "Loads", 8, MaxLoads);
     const std::vector<float> defaultLoads = defaultLinearityLoads(s.Gravity);

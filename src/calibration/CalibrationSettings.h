@@ -43,6 +43,9 @@ struct CalibrationSettings {
     static constexpr int MaxLoads = 64;
 
     static CalibrationSettings load(const IniFile& profile);
+    // The points as load() reads them, without writing anything back or saying anything:
+    // for a view that only shows where they are.
+    static std::vector<PointXY> profilePoints(const IniFile& profile);
     // The profile's "Local" and "Calibration" values ("0.000" or "0.000000") and the per-user
     // values, including "Cal Point Radius".
     void save(const IniFile& profile) const;

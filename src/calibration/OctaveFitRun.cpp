@@ -13,7 +13,8 @@ namespace c = strings::calibrate;
 OctaveFitRun::OctaveFitRun(QString program, Clock& clock, QObject* parent, int timeoutMs)
     : QObject(parent)
     , m_program(std::move(program))
-    , m_deadline(clock.createTimer(this))
+    // The outside program runs in real time, however fast the clock.
+    , m_deadline(clock.createWallTimer(this))
     , m_timeoutMs(timeoutMs) {
     connect(m_deadline, &Timer::timeout, this, &OctaveFitRun::timedOut);
 }

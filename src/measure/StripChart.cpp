@@ -23,7 +23,7 @@ constexpr int kLabelGap = 4; // pixels between neighbouring time labels
 
 StripChart::StripChart(Clock& clock, QWidget* parent, qsizetype pointsAcross)
     : QWidget(parent)
-    , m_timer(clock.createTimer(this))
+    , m_timer(clock.createWallTimer(this))
     , m_trace(pointsAcross) {
     setMouseTracking(true);
     setAttribute(Qt::WA_OpaquePaintEvent);

@@ -193,7 +193,8 @@ void frmMeter::switchDisplayOff() {
 
 void frmMeter::ForcesIn(const Float3& volts) {
     m_volts.add(volts);
-    if (!m_throttle.due(clock().tickCount(), meterPeriodMs(m_basePeriodMs, mchSpeed->Value())))
+    if (!m_throttle.due(clock().wallTickCount(),
+                        meterPeriodMs(m_basePeriodMs, mchSpeed->Value())))
         return;
     const std::array<double, 3> means = m_volts.takeMeans();
     QStringList lines;

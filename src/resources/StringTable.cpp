@@ -131,6 +131,7 @@ constexpr std::array Table = std::to_array<Entry>({
           "the tools Set USB IDs, Read Encoder, Check Noise and Calibrate Device): hold Ctrl and "
           "Shift and click the middle mouse button (the wheel) on an empty part of the main "
           "window. It stays until the program closes."},
+    {955, " - simulated time ×%1"},
     {960, "Settings could not be saved in %1:\n%2\n\nThey stay in effect while the program runs, "
           "and it tries again whenever a window closes."},
     {961, "Settings could not be saved in %1:\n%2\n\nThey are lost when the program ends."},

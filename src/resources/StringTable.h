@@ -43,6 +43,7 @@ namespace mainwindow {
 inline constexpr int SplashLinux = 29;        // "For Linux"; the kernel version follows
 inline constexpr int RefreshDevices = 215;    // cmdDevRefresh
 inline constexpr int ServiceLayoutHint = 950; // how to reach the service layout
+inline constexpr int TimeSpeed = 955;         // after the title while time runs faster, "%1" ×
 // Settings or profile values that could not be written: %1 the file, %2 why.
 inline constexpr int SettingsNotSaved = 960;
 inline constexpr int SettingsLost = 961; // ... when the program ends

@@ -334,7 +334,7 @@ void frmScale::stopRunning() {
 
 void frmScale::ForcesIn(const Float3& forces) {
     m_average.add(forces[0]);
-    if (!m_throttle.due(clock().tickCount(), m_settings->DisplayIntervalMs))
+    if (!m_throttle.due(clock().wallTickCount(), m_settings->DisplayIntervalMs))
         return;
     const double weight = m_average.weight();
     const qint16 decimals = decimalsArgument(m_settings->DisplayDecimals);

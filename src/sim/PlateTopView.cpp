@@ -10,6 +10,7 @@ namespace {
 
 constexpr double Margin = 14;
 constexpr double GridMetres = 0.1;
+const QColor GuideColour(70, 100, 160, 190);
 
 // A weight's disc grows with the cube root of its mass, as a steel weight's size does.
 double discRadius(double kilograms) {
@@ -28,6 +29,13 @@ PlateTopView::PlateTopView(QWidget* parent)
 
 void PlateTopView::setGuidePoints(const QList<QPointF>& points) {
     m_guides = points;
+    if (m_current >= m_guides.size())
+        m_current = -1;
+    update();
+}
+
+void PlateTopView::setCurrentGuide(int index) {
+    m_current = index >= 0 && index < m_guides.size() ? index : -1;
     update();
 }
 
@@ -65,13 +73,16 @@ void PlateTopView::paintEvent(QPaintEvent*) {
     painter.drawLine(geometry.toPicture({PlateTopGeometry::MinX, 0}),
                      geometry.toPicture({PlateTopGeometry::MaxX, 0}));
 
-    painter.setPen(QPen(QColor(110, 140, 190, 150), 1.5));
     painter.setBrush(Qt::NoBrush);
-    for (const QPointF& point : std::as_const(m_guides)) {
-        const QPointF at = geometry.toPicture(point);
-        painter.drawEllipse(at, 6, 6);
+    for (int i = 0; i < m_guides.size(); ++i) {
+        const QPointF at = geometry.toPicture(m_guides[i]);
+        const bool current = i == m_current;
+        painter.setPen(current ? QPen(QColor(200, 40, 30), 3) : QPen(GuideColour, 1.5));
+        painter.drawEllipse(at, current ? 9 : 6, current ? 9 : 6);
         painter.drawLine(at - QPointF(3, 0), at + QPointF(3, 0));
         painter.drawLine(at - QPointF(0, 3), at + QPointF(0, 3));
+        painter.setPen(current ? QColor(200, 40, 30) : GuideColour);
+        painter.drawText(at + QPointF(8, -8), QString::number(i + 1));
     }
 
     for (const PlateLoads::Placed& load : m_loads) {

@@ -10,14 +10,20 @@
 
 namespace kx {
 
-// The plate's top to scale, seen from above: the loads on it, faint guide points, and a click
-// on the top reported in plate coordinates.
+// The plate's top to scale, seen from above: the loads on it, faint numbered guide points
+// (the calibration's, with the one it is at ringed), and a click on the top reported in plate
+// coordinates.
 class PlateTopView : public QWidget {
     Q_OBJECT
 public:
     explicit PlateTopView(QWidget* parent = nullptr);
 
+    // Numbered from 1 in the order given, as the calibration numbers its points.
     void setGuidePoints(const QList<QPointF>& points);
+    const QList<QPointF>& guidePoints() const { return m_guides; }
+    // The guide point a calibration is at, ringed; -1 for none.
+    void setCurrentGuide(int index);
+    int currentGuide() const { return m_current; }
     void setLoads(const std::vector<PlateLoads::Placed>& loads);
     QSize sizeHint() const override { return {380, 360}; }
     // Where the top lies in the picture at its present size.
@@ -32,6 +38,7 @@ protected:
 
 private:
     QList<QPointF> m_guides;
+    int m_current = -1;
     std::vector<PlateLoads::Placed> m_loads;
 };
 

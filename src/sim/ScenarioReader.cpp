@@ -161,6 +161,7 @@ private:
             m_plateHeader = text;
             m_plateStart = lineNumber;
             m_frequencyLine = 0;
+            m_seedGiven = false;
         }
     }
 
@@ -206,6 +207,7 @@ private:
             p.seed = value.toULongLong(&ok);
             if (!ok)
                 throw LineError{QStringLiteral("A seed is a whole number.")};
+            m_seedGiven = true;
         } else if (key == QLatin1String("noise")) {
             p.noiseCodes = within(value, 0, MaxNoiseCodes, QStringLiteral("Noise (codes)"));
         } else if (key == QLatin1String("matrix")) {
@@ -320,6 +322,8 @@ private:
                     QStringLiteral("A second plate with serial %1.").arg(m_plate.serial)};
             }
         }
+        if (!m_seedGiven)
+            m_plate.seed = SimPlateConfig::seedFor(m_plate.serial);
         scenario.plates.append(m_plate);
     }
 
@@ -445,6 +449,7 @@ private:
     QString m_plateHeader;
     int m_plateStart = 0;
     int m_frequencyLine = 0; // where the sampling frequency or modulator rate was last set
+    bool m_seedGiven = false;
     std::optional<double> m_ambient;
 };
 
@@ -492,7 +497,8 @@ QString ScenarioReader::formatHelp() {
         "[plate <name>]               one section per plate, in enumeration order\n"
         "  serial = 20418             required, one word\n"
         "  firmware = 2.3             1.x: unsigned converter codes, 2.x: signed\n"
-        "  seed = 7                   draws the hidden matrix, offsets, drift, noise\n"
+        "  seed = 7                   draws the hidden matrix, offsets, drift, noise;\n"
+        "                             without it the serial number gives the seed\n"
         "  noise = 120                RMS converter codes at 100 Hz (grows as sqrt(f)),\n"
         "                             at most 1000000\n"
         "  matrix = a b c; d e f; g h i   hidden true matrix, rows Fz, Mx, My,\n"
@@ -507,7 +513,7 @@ QString ScenarioReader::formatHelp() {
         "  The imperfections of a real plate, each with its default:\n"
         "  imperfections = real       none: an ideal plate with white noise (give it\n"
         "                             first, then any of the keys below)\n"
-        "  placement scatter = 1.5    mm, standard deviation of where a weight lands\n"
+        "  placement scatter = 0.5    mm, standard deviation of where a weight lands\n"
         "  nonlinearity = 0.02        % of a load cell's full scale (1 kN)\n"
         "  hysteresis = 0.02          % of full scale, unloading above loading\n"
         "  creep = 0.03               % of a steady load, over 30 minutes\n"

@@ -8,8 +8,10 @@ namespace kx {
 // production plate; none() leaves an ideal plate with plain white converter noise, its
 // offsets and nothing else, for tests that check exact arithmetic.
 struct SimImperfections {
-    // A weight put down at a point lands off it by this standard deviation in x and in y, m.
-    double placementScatter = 0.0015;
+    // A weight put down at a point lands off it by this standard deviation in x and in y, m:
+    // a loading rig that centres the weight on its mark with a cone. A weight put down by
+    // hand lands a millimetre or two off.
+    double placementScatter = 0.0005;
 
     // The load cells, as fractions of a cell's full scale (1 kN): the largest departure of
     // the loading curve from a straight line, the largest gap between loading and unloading

@@ -1,6 +1,7 @@
 #include "sim/SimPlate.h"
 
 #include "device/PlateError.h"
+#include "sim/MatrixErrors.h"
 #include "sim/NoiseGenerator.h"
 #include "support/Clock.h"
 
@@ -16,6 +17,29 @@ constexpr qint32 OffsetBinaryOrigin = 8388608;
 constexpr double MinNormalisingExcitation = 1e-3;
 constexpr int EncoderCountsPerSecond = 256;
 constexpr int StallTimeoutMs = 1000;
+
+// The factory's rig leaves the centre of pressure this far off over the top, RMS, give or
+// take half the spread: well within a plate's specification, yet far enough that a careful
+// calibration on site shows its worth.
+constexpr double FactoryCopRms = 0.0015;
+constexpr double FactoryCopSpread = 0.0006;
+
+// The true matrix moved along `direction` just far enough that the centre of pressure is
+// `copRms` off over the top. The error grows in proportion to a small step, so one probe
+// finds the length.
+Matrix3 offAlong(const Matrix3& truth, const Matrix3& direction, double copRms) {
+    const auto along = [&](double length) {
+        Matrix3 moved = truth;
+        for (std::size_t r = 0; r < 3; ++r)
+            for (std::size_t c = 0; c < 3; ++c)
+                moved[r][c] += length * direction[r][c];
+        return moved;
+    };
+    constexpr double Probe = 1e-3;
+    constexpr double AnyLoad = 250; // N: the centre of pressure does not depend on it
+    const std::optional<MatrixErrors> probed = MatrixErrors::overTop(truth, along(Probe), AnyLoad);
+    return probed && probed->copRms > 0 ? along(Probe * copRms / probed->copRms) : truth;
+}
 
 QDate dayZero() {
     return QDate(1899, 12, 30);
@@ -77,8 +101,8 @@ void SimPlate::loadFactoryState(const SimPlateConfig& config) {
                              float(9.0 + 4.0 * random.uniform()), qint32(50 + random.next() % 2000),
                              qint64(3600 * (100 + random.next() % 5000)));
     m_encoderOrigin = qint32(random.next() % 100000);
-    // The factory's calibration: a matrix within half a percent of the true one, zero values
-    // within a few dozen codes of the unloaded readings at the default excitation.
+    // The factory's calibration: a matrix a few tenths of a percent off the true one, zero
+    // values within a few dozen codes of the unloaded readings at the default excitation.
     const QDate calibrated = QDate(2022, 1, 3).addDays(qint64(random.next() % 700));
     if (config.calibrated) {
         const std::array<double, 4> resting =
@@ -86,9 +110,15 @@ void SimPlate::loadFactoryState(const SimPlateConfig& config) {
         for (int c = 0; c < 4; ++c)
             m_defaultZero[c] =
                 qint32(std::lround(resting[c] + 30.0 * random.normal())) + m_codeOrigin;
-        for (int r = 0; r < 3; ++r)
-            for (int c = 0; c < 3; ++c)
-                m_table[r][c] = float(m_truth.trueMatrix[r][c] * (1.0 + 0.004 * random.normal()));
+        Matrix3 direction{};
+        for (std::size_t r = 0; r < 3; ++r)
+            for (std::size_t c = 0; c < 3; ++c)
+                direction[r][c] = m_truth.trueMatrix[r][c] * random.normal();
+        const double copRms = FactoryCopRms + FactoryCopSpread * (random.uniform() - 0.5);
+        const Matrix3 factory = offAlong(m_truth.trueMatrix, direction, copRms);
+        for (std::size_t r = 0; r < 3; ++r)
+            for (std::size_t c = 0; c < 3; ++c)
+                m_table[r][c] = float(factory[r][c]);
         m_table[0][3] = float(dayZero().daysTo(calibrated));
         m_record.calibration = {QDateTime(calibrated, QTime(10, 15)), QStringLiteral("QC-07")};
         m_record.inspection = {QDateTime(calibrated.addDays(1), QTime(14, 40)),

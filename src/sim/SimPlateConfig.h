@@ -38,6 +38,11 @@ struct SimPlateConfig {
     bool calibrated = true;
     bool plugged = true;
     SimImperfections imperfections;
+
+    // A seed of the plate's own for a serial number: the number itself when it is one (the
+    // default plates' seeds), else a hash of it; plates with different serial numbers get
+    // different seeds.
+    static quint64 seedFor(const QString& serial);
 };
 
 } // namespace kx

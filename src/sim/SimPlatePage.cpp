@@ -3,6 +3,7 @@
 #include "device/TextBoxValidation.h"
 #include "sim/BenchInput.h"
 #include "sim/MatrixDifference.h"
+#include "sim/MatrixErrors.h"
 #include "sim/PlateTopGeometry.h"
 #include "sim/PlateTopView.h"
 #include "sim/SimDriver.h"
@@ -18,6 +19,7 @@
 #include <QListWidget>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTabWidget>
 #include <QTableWidget>
 #include <QVBoxLayout>
 
@@ -35,6 +37,22 @@ const BenchRange Ambient{QStringLiteral("Ambient"), -20, 60, QStringLiteral("°C
 
 QString metres(double value) {
     return QString::number(value, 'f', 3);
+}
+
+QString millimetres(double metres) {
+    return QString::number(metres * 1000, 'f', 2);
+}
+
+QString matrixErrorsText(const std::optional<MatrixErrors>& errors) {
+    if (!errors)
+        return SimPlatePage::tr("The stored matrix does not weigh a load: the plate is not "
+                                "calibrated.");
+    return SimPlatePage::tr("Against the true matrix, %1 kg anywhere on the top:\n\n"
+                            "Centre of pressure\n%2 mm RMS, %3 mm worst\n\n"
+                            "Fz\n%4 N RMS, %5 N worst")
+        .arg(SimPlatePage::ErrorFiguresKg)
+        .arg(millimetres(errors->copRms), millimetres(errors->copWorst),
+             QString::number(errors->fzRms, 'f', 2), QString::number(errors->fzWorst, 'f', 2));
 }
 
 QString describe(const PlateLoads::Placed& load) {
@@ -64,16 +82,23 @@ SimPlatePage::SimPlatePage(SimDriver& driver, SimPlate& plate, QWidget* parent)
 
     auto* controlColumn = new QVBoxLayout;
     controlColumn->addWidget(buildLoads());
-    controlColumn->addWidget(buildConnection());
     controlColumn->addWidget(buildClimate());
     controlColumn->addStretch();
+
+    // Kept narrow enough to stand beside the main window on a small screen.
+    tabDetails = new QTabWidget(this);
+    tabDetails->setObjectName(QStringLiteral("tabDetails"));
+    tabDetails->setAccessibleName(tr("Matrix, cable and faults"));
+    tabDetails->addTab(buildStoredMatrix(), tr("Stored matrix"));
+    tabDetails->addTab(buildTrueAndStored(), tr("True and stored"));
+    tabDetails->addTab(buildConnection(), tr("Cable and faults"));
 
     auto* top = new QHBoxLayout;
     top->addLayout(pictureColumn, 1);
     top->addLayout(controlColumn);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(top, 1);
-    layout->addWidget(buildMatrices());
+    layout->addWidget(tabDetails);
 
     connect(picPlate, &PlateTopView::clickedAt, this, &SimPlatePage::placeWeightAt);
     refresh();
@@ -132,16 +157,13 @@ QWidget* SimPlatePage::buildLoads() {
     group->setLayout(form);
 
     connect(cmdPlace, &QPushButton::clicked, this, &SimPlatePage::placeWeightFromBoxes);
-    connect(cmdUnload, &QPushButton::clicked, this, [this] {
-        m_plate.unload();
-        refresh();
-    });
+    connect(cmdUnload, &QPushButton::clicked, this, &SimPlatePage::unload);
     connect(cmdPerson, &QPushButton::clicked, this, &SimPlatePage::placePerson);
     return group;
 }
 
 QWidget* SimPlatePage::buildConnection() {
-    auto* group = new QGroupBox(tr("Cable and faults"), this);
+    auto* group = new QWidget(this);
     lblConnection = new QLabel(group);
     lblConnection->setObjectName(QStringLiteral("lblConnection"));
     cmdUnplug = makeButton("cmdUnplug", tr("Unplug"));
@@ -241,24 +263,68 @@ QTableWidget* SimPlatePage::makeMatrixGrid(const char* objectName, const QString
     return grid;
 }
 
-QWidget* SimPlatePage::buildMatrices() {
-    auto* group = new QGroupBox(tr("Calibration matrix (N or N·m per V at 1 V excitation)"), this);
-    flxgrdTrue = makeMatrixGrid("flxgrdTrue", tr("True (hidden)"));
-    flxgrdStored = makeMatrixGrid("flxgrdStored", tr("Stored in the plate"));
+QWidget* SimPlatePage::buildStoredMatrix() {
+    auto* tab = new QWidget(this);
     flxgrdDifference =
         makeMatrixGrid("flxgrdDifference", tr("Difference (% of the row's largest)"));
-    auto* grid = new QGridLayout(group);
-    const std::array<QTableWidget*, 3> grids{flxgrdTrue, flxgrdStored, flxgrdDifference};
-    for (int i = 0; i < 3; ++i) {
+    lblMatrixErrors = new QLabel(tab);
+    lblMatrixErrors->setObjectName(QStringLiteral("lblMatrixErrors"));
+    lblMatrixErrors->setWordWrap(true);
+    lblMatrixErrors->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+    auto* grid = new QGridLayout(tab);
+    grid->addWidget(new QLabel(flxgrdDifference->accessibleName(), tab), 0, 0);
+    grid->addWidget(flxgrdDifference, 1, 0);
+    grid->addWidget(lblMatrixErrors, 0, 1, 2, 1);
+    lblMatrixErrors->setMinimumWidth(lblMatrixErrors->fontMetrics().horizontalAdvance(
+        QStringLiteral("Against the true matrix, 25 kg")));
+    grid->setColumnStretch(1, 1);
+    return tab;
+}
+
+QWidget* SimPlatePage::buildTrueAndStored() {
+    auto* tab = new QWidget(this);
+    flxgrdTrue = makeMatrixGrid("flxgrdTrue", tr("True (hidden)"));
+    flxgrdStored = makeMatrixGrid("flxgrdStored", tr("Stored in the plate"));
+    auto* grid = new QGridLayout(tab);
+    const std::array<QTableWidget*, 2> grids{flxgrdTrue, flxgrdStored};
+    for (int i = 0; i < 2; ++i) {
         QTableWidget* matrix = grids[static_cast<std::size_t>(i)];
-        grid->addWidget(new QLabel(matrix->accessibleName(), group), 0, i);
+        grid->addWidget(new QLabel(matrix->accessibleName(), tab), 0, i);
         grid->addWidget(matrix, 1, i);
     }
-    return group;
+    grid->addWidget(new QLabel(tr("N or N·m per V at 1 V excitation"), tab), 2, 0, 1, 2);
+    return tab;
 }
 
 void SimPlatePage::setGuidePoints(const QList<QPointF>& points) {
     picPlate->setGuidePoints(points);
+}
+
+const QList<QPointF>& SimPlatePage::guidePoints() const {
+    return picPlate->guidePoints();
+}
+
+void SimPlatePage::setCurrentGuide(int index) {
+    picPlate->setCurrentGuide(index);
+}
+
+void SimPlatePage::placeAtGuide(int index) {
+    if (index < 0 || index >= guidePoints().size())
+        return;
+    const QPointF point = guidePoints()[index];
+    showNumber(*txtX, metres(point.x()));
+    showNumber(*txtY, metres(point.y()));
+    if (!readBenchNumber(txtMass->text(), WeightMass).value) {
+        placeWeightFromBoxes(); // says why, and places nothing
+        return;
+    }
+    m_plate.unload();
+    placeWeightFromBoxes();
+}
+
+void SimPlatePage::unload() {
+    m_plate.unload();
+    refresh();
 }
 
 void SimPlatePage::placeWeightAt(QPointF plate) {
@@ -323,6 +389,8 @@ void SimPlatePage::refresh() {
 void SimPlatePage::refreshMatrices() {
     const Matrix3& truth = m_plate.truth().trueMatrix;
     const Matrix3 stored = m_plate.storedMatrix();
+    lblMatrixErrors->setText(matrixErrorsText(
+        MatrixErrors::overTop(truth, stored, ErrorFiguresKg * m_plate.loads().gravity())));
     const Matrix3 difference = differencePercent(truth, stored);
     for (std::size_t r = 0; r < 3; ++r)
         for (std::size_t c = 0; c < 3; ++c) {

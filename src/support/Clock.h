@@ -30,6 +30,13 @@ public:
 
     // Runs `action` once, `ms` milliseconds from now, unless `context` is destroyed first.
     virtual void singleShot(int ms, QObject* context, std::function<void()> action) = 0;
+
+    // A timer and a tick count that keep to the machine's real time when this clock runs
+    // faster, for what does not speed up with it: refreshing what is only shown (a progress
+    // bar, a chart, a read-out; the screen shows no more at a higher speed) and waiting for an
+    // outside program. The same as the above on a clock that does not run faster.
+    virtual Timer* createWallTimer(QObject* parent) { return createTimer(parent); }
+    virtual quint32 wallTickCount() const { return tickCount(); }
 };
 
 // Fires timeout() every interval() milliseconds while enabled. Setting the interval or

@@ -60,11 +60,15 @@ Timer* ManualClock::createTimer(QObject* parent) {
 void ManualClock::singleShot(int ms, QObject* context, std::function<void()> action) {
     m_pending.push_back(Pending{m_now + std::max(ms, 0), m_order++, context, std::move(action),
                                 context != nullptr});
+    if (m_scheduled)
+        m_scheduled();
 }
 
 void ManualClock::arm(ManualTimer* timer, qint64 due) {
     disarm(timer);
     m_armed.push_back(Armed{timer, due, m_order++});
+    if (m_scheduled)
+        m_scheduled();
 }
 
 void ManualClock::disarm(ManualTimer* timer) {
@@ -97,7 +101,20 @@ void ManualClock::advance(qint64 ms) {
                 p.action();
         }
     }
-    m_now = target;
+    // A nested advance may already have gone further.
+    m_now = std::max(m_now, target);
+}
+
+std::optional<qint64> ManualClock::msUntilNextDue() const {
+    std::optional<qint64> due;
+    const auto consider = [&](qint64 at) { due = std::min(due.value_or(at), at); };
+    for (const Armed& a : m_armed)
+        consider(a.due);
+    for (const Pending& p : m_pending)
+        consider(p.due);
+    if (due)
+        *due = std::max<qint64>(*due - m_now, 0);
+    return due;
 }
 
 } // namespace kx

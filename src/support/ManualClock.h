@@ -3,6 +3,8 @@
 #include "support/Clock.h"
 
 #include <QPointer>
+#include <functional>
+#include <optional>
 #include <vector>
 
 namespace kx {
@@ -25,9 +27,17 @@ public:
     Timer* createTimer(QObject* parent) override;
     void singleShot(int ms, QObject* context, std::function<void()> action) override;
 
+    // A handler may advance again (a nested event loop does): time then never goes back.
     void advance(qint64 ms);
     // Fires what is due now without moving time (events "after the call returns").
     void settle() { advance(0); }
+
+    // Milliseconds until the earliest timer or single shot falls due (0 when one is due now),
+    // none when nothing is scheduled.
+    std::optional<qint64> msUntilNextDue() const;
+    // Told whenever something is scheduled, so that whoever moves this clock can look at
+    // msUntilNextDue() again.
+    void setScheduleListener(std::function<void()> listener) { m_scheduled = std::move(listener); }
 
 private:
     friend class ManualTimer;
@@ -54,6 +64,7 @@ private:
     std::vector<Pending> m_pending;
     std::vector<Armed> m_armed;
     std::vector<class ManualTimer*> m_timers;
+    std::function<void()> m_scheduled;
 };
 
 } // namespace kx

@@ -50,6 +50,16 @@ TEST_F(MainWindowList, LoadShowsTheSplashUntilTheFirstListHasArrived) {
 
 // Only a middle click with exactly Shift and Ctrl on the background opens the service layout;
 // the one that does comes last, as it changes the window for good.
+// Nobody takes a run on fast time for a real one.
+TEST_F(MainWindowList, TheTitleSaysWhenTimeRunsFaster) {
+    start();
+    window->showTimeSpeed(100);
+    EXPECT_EQ(window->windowTitle(),
+              QStringLiteral("KX Force Platforms Control Panel - simulated time ×100"));
+    window->showTimeSpeed(1);
+    EXPECT_EQ(window->windowTitle(), QStringLiteral("KX Force Platforms Control Panel"));
+}
+
 TEST_F(MainWindowList, ServiceLayoutOpensOnlyOnMiddleClickWithShiftAndCtrlOnTheBackground) {
     start();
     const int normalHeight = window->height();

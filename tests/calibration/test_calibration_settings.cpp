@@ -7,6 +7,8 @@
 #include "support/SettingsKeys.h"
 
 #include <QDir>
+#include <QFile>
+#include <QFileInfo>
 #include <cmath>
 #include <gtest/gtest.h>
 
@@ -102,6 +104,29 @@ TEST_F(CalibrationSettingsTest, ProfileValuesWinAndUnusableOnesFallBackWithAWarn
     EXPECT_EQ(s.LinearityLoads.size(), 8u);
     EXPECT_EQ(stored("Linearity", "Loads"), "8");
     EXPECT_EQ(s.DisplayPointRadius, 0.025f);
+}
+
+// For a view that only shows where the points are: what load() would take, nothing written.
+TEST_F(CalibrationSettingsTest, ThePointsCanBeReadWithoutTouchingTheProfile) {
+    // The profile keeps single precision.
+    std::vector<PointXY> defaults;
+    for (const PointXY& p : CalibrationSettings::defaultPoints())
+        defaults.push_back({float(p.x), float(p.y)});
+    EXPECT_EQ(CalibrationSettings::profilePoints(profile), defaults);
+    EXPECT_FALSE(QFileInfo::exists(profile.path())) << "not created";
+
+    set("Calibration", "Points", "3");
+    set("Calibration", "Point 2X", "0.125");
+    set("Calibration", "Point 3Y", "a bit up");
+    QFile file(profile.path());
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    const QByteArray before = file.readAll();
+    file.close();
+    const std::vector<PointXY> points = CalibrationSettings::profilePoints(profile);
+    EXPECT_EQ(points, (std::vector<PointXY>{defaults[0], {0.125, defaults[1].y}, defaults[2]}));
+    ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+    EXPECT_EQ(file.readAll(), before);
+    EXPECT_EQ(CalibrationSettings::load(profile).Points, points) << "as the calibration has them";
 }
 
 TEST_F(CalibrationSettingsTest, SaveWritesTheWriteBackFormatsAndThePointRadius) {

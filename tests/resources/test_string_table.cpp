@@ -92,7 +92,7 @@ std::vector<std::pair<int, std::vector<int>>> assignedNumbers() {
         cal.push_back(id);
     return {
         {MainBlock,
-         {mainwindow::SplashLinux, mainwindow::RefreshDevices, mainwindow::ServiceLayoutHint,
+         {mainwindow::SplashLinux, mainwindow::RefreshDevices, mainwindow::ServiceLayoutHint, mainwindow::TimeSpeed,
           mainwindow::SettingsNotSaved, mainwindow::SettingsLost}},
         {MeterBlock, {meter::ChannelPrefix, meter::VoltsSuffix, meter::ExcitationHint}},
         {AcquireBlock,

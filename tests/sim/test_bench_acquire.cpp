@@ -4,6 +4,8 @@
 #include "support/Settings.h"
 #include "support/SettingsKeys.h"
 
+#include <QScreen>
+
 namespace kx::test {
 namespace {
 
@@ -57,6 +59,34 @@ TEST_F(BenchBesideMainWindow, StaysUsableWhileAToolHidesTheMainWindowAndGoesWith
     window->close(); // the main window lets go of the driver
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_TRUE(bench.isNull());
+}
+
+// Once, when the main window first shows: beside it, or on a screen too narrow for both, at
+// the screen's right edge with the main window at its left.
+TEST_F(BenchBesideMainWindow, StandsBesideTheMainWindowWhenItFirstShows) {
+    create();
+    window->load();
+    auto bench = std::make_unique<frmSimBench>(*sim, clock);
+    bench->placeBeside(*window);
+    bench->show();
+    clock.advance(1000);
+    ASSERT_TRUE(window->isVisible());
+    const QRect screen = window->screen()->availableGeometry();
+    const QRect main = window->frameGeometry();
+    const QRect beside = bench->frameGeometry();
+    EXPECT_TRUE(screen.contains(beside)) << "bench on the screen";
+    if (main.width() + bench->minimumSizeHint().width() <= screen.width()) {
+        EXPECT_FALSE(main.intersects(beside));
+    } else {
+        EXPECT_EQ(main.left(), screen.left());
+        EXPECT_EQ(beside.right(), screen.right());
+    }
+
+    bench->move(screen.topLeft());
+    window->hide();
+    window->show(); // as after a tool dialog
+    clock.settle();
+    EXPECT_EQ(bench->pos(), screen.topLeft()) << "where the user put it";
 }
 
 } // namespace

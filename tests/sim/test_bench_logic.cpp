@@ -1,4 +1,5 @@
 #include "sim/BenchInput.h"
+#include "sim/BenchPlacement.h"
 #include "sim/MatrixDifference.h"
 #include "sim/PlateTopGeometry.h"
 
@@ -41,6 +42,48 @@ TEST(PlateTopGeometry, OnlyPointsOfTheTopAreOnIt) {
     EXPECT_FALSE(PlateTopGeometry::isOnTop({0.41, 0}));
     EXPECT_FALSE(PlateTopGeometry::isOnTop({0, -0.21}));
     EXPECT_FALSE(PlateTopGeometry::isOnTop({0, 0.56}));
+}
+
+// On a 1366 × 768 screen (less a 32 px panel at the top) and a wide one, with the bench 800
+// px wide at most and 640 at least.
+TEST(SideBySide, TheBenchStandsBesideTheWindowWhereTheScreenAllows) {
+    const QRect small(0, 32, 1366, 736);
+    const QRect wide(0, 0, 1920, 1080);
+    const QSize bench(800, 700);
+    const struct {
+        const char* what;
+        QRect screen, window;
+        QPoint windowAt;
+        QRect benchAt;
+    } cases[] = {
+        {"right of it", wide, {300, 200, 700, 450}, {300, 200}, {1000, 200, 800, 700}},
+        {"left of it", wide, {1000, 100, 700, 450}, {1000, 100}, {200, 100, 800, 700}},
+        {"narrowed to the room left, the window moved over",
+         small,
+         {330, 161, 706, 446},
+         {0, 161},
+         {706, 68, 660, 700}},
+        {"over the window's right side",
+         small,
+         {330, 161, 900, 600},
+         {0, 161},
+         {726, 68, 640, 700}},
+        {"kept on the screen", small, {0, 0, 400, 300}, {0, 0}, {400, 32, 800, 700}},
+    };
+    for (const auto& c : cases) {
+        const SideBySide placed = SideBySide::on(c.screen, c.window, bench, 640);
+        EXPECT_EQ(placed.window, c.windowAt) << c.what;
+        EXPECT_EQ(placed.bench, c.benchAt) << c.what;
+    }
+}
+
+TEST(SideBySide, TheLoadingStripWaitsInTheLowerRightCornerAboveADialogsButtons) {
+    const QRect screen(0, 32, 1366, 736);
+    const QPoint corner = loadingStripCorner(screen, {560, 50});
+    EXPECT_EQ(corner.x() + 560, 1366 - 8);
+    EXPECT_GE(768 - (corner.y() + 50), 100);
+    EXPECT_EQ(loadingStripCorner(QRect(0, 0, 300, 120), {560, 50}), QPoint(0, 0))
+        << "on a tiny screen, its corner on the screen";
 }
 
 TEST(MatrixDifference, PercentOfTheLargestTrueCellOfEachRow) {

@@ -179,6 +179,27 @@ TEST(ScenarioReader, ImperfectionsAreReadInTheUnitsATechnicianUses) {
     EXPECT_EQ(real.humCodes, SimImperfections{}.humCodes);
 }
 
+// Without a seed line each plate draws its own hidden matrix: from its serial number, the
+// same on every run.
+TEST(ScenarioReader, APlateWithoutASeedTakesOneFromItsSerialNumber) {
+    const QString text = QStringLiteral("[plate a]\nserial = 30577\n[plate b]\nserial = 30578\n"
+                                        "[plate c]\nserial = QC-7\n[plate d]\nserial = QC-8\n"
+                                        "[plate e]\nserial = QC-9\nseed = 30577\n");
+    const auto scenario = parse(text);
+    ASSERT_TRUE(scenario);
+    QList<quint64> seeds;
+    for (const SimPlateConfig& plate : scenario->plates)
+        seeds << plate.seed;
+    EXPECT_EQ(seeds[0], 30577u);
+    EXPECT_EQ(seeds[1], 30578u);
+    EXPECT_NE(seeds[2], seeds[3]);
+    EXPECT_EQ(seeds[4], 30577u) << "a seed line wins";
+    EXPECT_EQ(parse(text)->plates[2].seed, seeds[2]);
+
+    SimBench bench(*scenario);
+    EXPECT_NE(bench.plate("QC-7").truth().trueMatrix, bench.plate("QC-8").truth().trueMatrix);
+}
+
 TEST(Scenario, EventsHappenAtTheirTimes) {
     auto scenario = parse(QStringLiteral(R"([plate a]
 serial = 20418

@@ -79,6 +79,19 @@ TEST(ManualClock, HandlersMayStopDeleteOrScheduleDuringAnAdvance) {
     EXPECT_EQ(at, (std::vector<quint32>{10, 500, 500}));
 }
 
+// As a handler's nested event loop does: time never goes back after it.
+TEST(ManualClock, AnAdvanceFromAHandlerMovesTimeOnForGood) {
+    ManualClock clock;
+    QObject owner;
+    std::vector<quint32> at;
+    clock.singleShot(10, &owner, [&] { clock.advance(50); });
+    clock.singleShot(30, &owner, [&] { at.push_back(clock.tickCount()); });
+    clock.advance(20);
+    EXPECT_EQ(at, std::vector<quint32>{30});
+    EXPECT_EQ(clock.tickCount(), 60u);
+    EXPECT_EQ(clock.msUntilNextDue(), std::nullopt);
+}
+
 TEST(ManualClock, NothingFiresIntoADestroyedContextOrClock) {
     QObject owner;
     Timer* timer = nullptr;
