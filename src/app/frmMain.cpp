@@ -487,6 +487,7 @@ void frmMain::addTool(QPushButton* button, ToolFactory create) {
 void frmMain::openTool(Tool& tool) {
     ToolDialog* dialog = tool.create();
     tool.dialog = dialog;
+    Q_EMIT toolOpening(dialog, cbxDevice->currentText());
     dialog->setDevice(m_device);
     connect(dialog, &ToolDialog::unloaded, this, [this, dialog] {
         showWhatThePlateHolds();

@@ -87,6 +87,10 @@ public:
     QLabel* StatusBar1Panel1; // enumeration state
     QLabel* StatusBar1Panel2; // plate and HID counts
 
+Q_SIGNALS:
+    // A tool dialog is about to be handed the plate of this serial number and shown.
+    void toolOpening(ToolDialog* dialog, const QString& serial);
+
 protected:
     void mousePressEvent(QMouseEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;

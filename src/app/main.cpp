@@ -1,16 +1,15 @@
 // kxcpl: the control panel on the built-in simulated plates.
 
+#include "app/BenchLink.h"
 #include "app/QtPrompt.h"
 #include "app/SingleInstance.h"
 #include "app/frmMain.h"
 #include "app/mLoader.h"
-#include "calibration/CalibrationSettings.h"
 #include "resources/StringTable.h"
 #include "sim/ScenarioReader.h"
 #include "sim/SimDriver.h"
 #include "sim/frmSimBench.h"
 #include "support/FileLocations.h"
-#include "support/IniFile.h"
 #include "support/QtClock.h"
 #include "support/ScaledClock.h"
 
@@ -163,15 +162,8 @@ int main(int argc, char** argv) {
         QPointer<kx::frmSimBench> bench = new kx::frmSimBench(*plates, wallClock);
         bench->installShortcut(window);
         bench->setTimeControl(clock);
-        // Where the calibration asks for the weight, numbered as it numbers them.
-        bench->setGuidePointSource([] {
-            QList<QPointF> points;
-            for (const kx::PointXY& point :
-                 kx::CalibrationSettings::profilePoints(kx::IniFile::sharedProfile()))
-                points.append({point.x, point.y});
-            return points;
-        });
         bench->placeBeside(window);
+        kx::linkBenchToWindows(window, *bench);
         if (options.bench)
             bench->bringToFront();
         const int exitCode = application.exec();

@@ -1,8 +1,13 @@
 #include "MainWindowBench.h"
+#include "app/BenchLink.h"
 #include "app/GeneralInfoPanel.h"
 #include "app/MatrixPanel.h"
+#include "calibration/frmCalibrate.h"
 #include "maintenance/frmPlateInfoEx.h"
 #include "measure/frmAcquire.h"
+#include "sim/PlateTopView.h"
+#include "sim/SimPlatePage.h"
+#include "sim/frmSimBench.h"
 #include "support/DateFormat.h"
 #include "support/Settings.h"
 #include "support/SettingsKeys.h"
@@ -15,6 +20,30 @@ namespace kx::test {
 namespace {
 
 using MainWindowTools = MainWindowBench;
+
+// The bench rings the point the calibration dialog is at, on the plate being calibrated, and
+// lets go of it when the dialog closes; other tools leave it alone.
+TEST_F(MainWindowTools, TheBenchFollowsTheCalibrationDialogsPoint) {
+    start();
+    enterServiceMode();
+    frmSimBench bench(*sim, clock);
+    linkBenchToWindows(*window, bench);
+    const PlateTopView& top = *bench.page(Fw2Plate)->picPlate;
+    window->cmdMeter->click();
+    shownDialog<ToolDialog>()->close();
+    EXPECT_EQ(top.currentGuide(), -1);
+
+    window->cmdCalibrate->click();
+    QPointer<frmCalibrate> dialog = shownDialog<frmCalibrate>();
+    ASSERT_FALSE(dialog.isNull());
+    EXPECT_EQ(top.currentGuide(), 0);
+    dialog->cmdNext->click();
+    dialog->cmdNext->click();
+    EXPECT_EQ(top.currentGuide(), 2);
+    EXPECT_EQ(bench.page(Fw1Plate)->picPlate->currentGuide(), -1);
+    dialog->close();
+    EXPECT_EQ(top.currentGuide(), -1);
+}
 
 TEST_F(MainWindowTools, ADialogGetsThePlateAndTheWindowWhileOpenAndClosesWithTheWindow) {
     start();
