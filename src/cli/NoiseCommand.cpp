@@ -4,33 +4,41 @@
 #include "cli/ExitCode.h"
 #include "cli/RescueSave.h"
 #include "device/PlateDevice.h"
-#include "device/PlateError.h"
 #include "noise/NoiseResultText.h"
+#include "noise/NoiseSession.h"
 #include "resources/StringTable.h"
-#include "support/Clock.h"
 #include "support/Folders.h"
 #include "support/IniFile.h"
 #include "support/NumberFormat.h"
-#include "support/Rounding.h"
-#include "support/SaveAtomically.h"
 
 #include <QDir>
 #include <QFileInfo>
-#include <algorithm>
 
 namespace kx::cli {
-
-namespace {
-// The library's settling option of a zero acquisition, passed as the plate expects it.
-constexpr qint32 ZeroOption = 30;
-} // namespace
 
 NoiseCommand::NoiseCommand(Console& console, Clock& clock, PlateDriver& driver, Options options,
                            QObject* parent)
     : PlateCommand(console, clock, driver, options.serial, strings::NoiseBlock, parent)
     , m_options(std::move(options))
-    , m_timer(clock.createTimer(this)) {
-    connect(m_timer, &Timer::timeout, this, &NoiseCommand::waitTick);
+    , m_prompt(console, aboutPlate({}))
+    , m_session(std::make_unique<NoiseSession>(clock, m_prompt)) {
+    connect(m_session.get(), &NoiseSession::changed, this, &NoiseCommand::showState);
+    connect(m_session.get(), &NoiseSession::progressed, this, &NoiseCommand::showProgress);
+    connect(m_session.get(), &NoiseSession::testStored, this, &NoiseCommand::showTest);
+    connect(m_session.get(), &NoiseSession::testMarked, this, &NoiseCommand::showMarks);
+    // A silent plate ends its test as a read time-out does, with the same line.
+    connect(m_session.get(), &NoiseSession::silent, this,
+            [this] { deviceEvent(DeviceEvent::ReadTimeout); });
+    // The session ends a run by itself after its last test or on a failing plate call, which
+    // it has told through the prompt.
+    connect(m_session.get(), &NoiseSession::runEnded, this,
+            [this] { end(m_prompt.messagesTold() > 0 ? DeviceError : Success); });
+}
+
+NoiseCommand::~NoiseCommand() = default;
+
+QString NoiseCommand::resultPath() const {
+    return m_session->resultPath();
 }
 
 bool NoiseCommand::prepare() {
@@ -41,153 +49,119 @@ bool NoiseCommand::prepare() {
             QStringLiteral("%1: no such profile").arg(QDir::toNativeSeparators(m_options.profile)));
         return false;
     }
-    const IniFile ini =
-        m_options.profile.isEmpty() ? IniFile::sharedProfile() : IniFile(m_options.profile);
-    m_plan = NoisePlan::read(ini);
-    m_results = NoiseResults(m_plan.channels, m_plan.frequencyCount(), m_plan.excitationCount());
-    m_sequence = NoiseSequence(m_plan.frequencyCount(), m_plan.excitationCount());
     return true;
 }
 
 void NoiseCommand::run(PlateDevice& plate) {
-    connect(&plate, &PlateDevice::ZeroProgress, this, [this](qint32 samples) {
-        if (m_measuring)
-            console().transient(aboutTest() + QStringLiteral(", %1 of %2 samples")
-                                                  .arg(std::min(samples, m_samples))
-                                                  .arg(m_samples));
-    });
-    connect(&plate, &PlateDevice::ZeroDone, this,
-            [this](qint32, const ChannelValues& r1, const ChannelValues& r2,
-                   const ChannelValues& r3) { ZeroDone(r1, r2, r3); });
-    const bool ready = call([&] {
-        m_file = NoiseResultFile(m_options.output.isEmpty()
-                                     ? firstFreeNoiseFile(DocumentsFolder(), plate.SerialNumber())
-                                     : m_options.output);
-        m_savedFrequency = plate.SampleFrequency(Which::Current);
-        m_savedExcitation = plate.GageVoltage(Which::Current);
-    });
-    if (!ready)
-        return;
-    m_running = true;
-    console().progress(aboutPlate(QStringLiteral("noise test of %1 tests, results in %2")
-                                      .arg(m_plan.frequencyCount() * m_plan.excitationCount())
-                                      .arg(QDir::toNativeSeparators(m_file.path()))));
-    prepareTest();
-}
-
-QString NoiseCommand::aboutTest() const {
-    const qsizetype f = m_sequence.frequencyIndex();
-    const qsizetype e = m_sequence.excitationIndex();
-    const qsizetype number = e * m_plan.frequencyCount() + f + 1;
-    return aboutPlate(QStringLiteral("test %1 of %2 at %3 Hz, %4 V")
-                          .arg(number)
-                          .arg(m_plan.frequencyCount() * m_plan.excitationCount())
-                          .arg(formatNumber(m_plan.frequencies[f], u"0.000"),
-                               formatNumber(m_plan.excitations[e], u"0.000")));
-}
-
-void NoiseCommand::prepareTest() {
-    const qsizetype f = m_sequence.frequencyIndex();
-    const qsizetype e = m_sequence.excitationIndex();
-    const bool set = call([&] {
-        plate()->SetSampleFrequency(Which::Current, m_plan.frequencies[f]);
-        plate()->SetGageVoltage(Which::Current, m_plan.excitations[e]);
-        // The file shows what the plate took, not what was asked.
-        m_plan.frequencies[f] = plate()->SampleFrequency(Which::Current);
-        m_plan.excitations[e] = plate()->GageVoltage(Which::Current);
-    });
-    if (!set)
-        return;
-    const float wait = m_sequence.waitSeconds(m_plan);
-    console().progress(aboutTest() + QStringLiteral(": ") +
-                       m_sequence.countdownText(0, wait).simplified());
-    m_waitStart = clock().tickCount();
-    m_timer->start(TimerMs);
-}
-
-void NoiseCommand::waitTick() {
-    const quint32 elapsed = clock().tickCount() - m_waitStart;
-    const float wait = m_sequence.waitSeconds(m_plan);
-    if (!NoiseSequence::waitIsOver(elapsed, wait)) {
-        console().transient(aboutTest() + QStringLiteral(": ") +
-                            m_sequence.countdownText(elapsed, wait).simplified());
+    const IniFile profile =
+        m_options.profile.isEmpty() ? IniFile::sharedProfile() : IniFile(m_options.profile);
+    if (!m_session->open(&plate, profile, DocumentsFolder())) {
+        finish(DeviceError); // the failing call is told
         return;
     }
-    m_timer->stop();
-    startTest();
+    if (!m_options.output.isEmpty())
+        m_session->chooseResultFile(m_options.output);
+    const NoisePlan& plan = m_session->plan();
+    console().progress(aboutPlate(QStringLiteral("noise test of %1 tests, results in %2")
+                                      .arg(plan.frequencyCount() * plan.excitationCount())
+                                      .arg(QDir::toNativeSeparators(resultPath()))));
+    if (!m_session->start())
+        finish(FileError); // the folder that cannot take the results is told
 }
 
-void NoiseCommand::startTest() {
-    // A failing call ends the run.
-    call([this] {
-        const double hertz = plate()->SampleFrequency(Which::Current);
-        m_samples = std::max(1, roundHalfEven(static_cast<double>(m_plan.testDuration) * hertz));
-        plate()->FlushData();
-        plate()->CalibrateSelf();
-        const double settled = plate()->SampleFrequency(Which::Current);
-        m_measuring = true;
-        plate()->StartZero(m_samples, true, ZeroOption, roundHalfEven(0.5 * settled));
-    });
+bool NoiseCommand::reactsNow(DeviceEvent) const {
+    return m_session->measuring();
 }
 
-void NoiseCommand::ZeroDone(const ChannelValues& r1, const ChannelValues& r2,
-                            const ChannelValues& r3) {
-    if (!m_measuring)
-        return;
-    m_measuring = false;
-    const qsizetype f = m_sequence.frequencyIndex();
-    const qsizetype e = m_sequence.excitationIndex();
-    m_results.store(f, e, r1, r2, r3);
-    console().print(noiseListLine(m_plan, m_results, f, e) + u'\n');
-    saveResults();
-    if (m_sequence.advance())
-        prepareTest();
-    else
-        end(Success);
+qsizetype NoiseCommand::presentTest() const {
+    const NoiseSequence& sequence = m_session->sequence();
+    return sequence.excitationIndex() * m_session->plan().frequencyCount() +
+           sequence.frequencyIndex();
 }
 
-void NoiseCommand::saveResults() {
-    if (m_file.save(noiseResultFile(m_plan, m_results)) == NoiseResultFile::Outcome::Failed)
-        console().error(QStringLiteral("%1: could not be written; trying again after the next test")
-                            .arg(QDir::toNativeSeparators(m_file.path())));
+QString NoiseCommand::aboutTest(qsizetype test) const {
+    const NoisePlan& plan = m_session->plan();
+    const qsizetype nF = plan.frequencyCount();
+    return aboutPlate(QStringLiteral("test %1 of %2 at %3 Hz, %4 V")
+                          .arg(test + 1)
+                          .arg(nF * plan.excitationCount())
+                          .arg(formatNumber(plan.frequencies[test % nF], u"0.000"),
+                               formatNumber(plan.excitations[test / nF], u"0.000")));
+}
+
+void NoiseCommand::showState() {
+    const NoiseSession& session = *m_session;
+    if (session.state() == NoiseSession::State::Waiting) {
+        const qsizetype test = presentTest();
+        if (test != m_announced) {
+            // Each test's wait once in a log; its countdown only on a terminal.
+            m_announced = test;
+            const float wait = session.sequence().waitSeconds(session.plan());
+            console().progress(aboutTest(test) + QStringLiteral(": ") +
+                               session.sequence().countdownText(0, wait).simplified());
+        } else {
+            console().transient(aboutPlate(session.progressText()));
+        }
+    }
+    if (const QString files = session.fileStatus(); files != m_fileStatus) {
+        m_fileStatus = files;
+        if (!files.isEmpty())
+            console().error(aboutPlate(files));
+    }
+}
+
+void NoiseCommand::showProgress() {
+    console().transient(aboutTest(presentTest()) + QStringLiteral(", %1 of %2 samples")
+                                                       .arg(m_session->progress())
+                                                       .arg(m_session->progressMaximum()));
+}
+
+void NoiseCommand::showTest(qsizetype test) {
+    console().print(m_session->listLine(test) + u'\n');
+    showMarks(test);
+}
+
+void NoiseCommand::showMarks(qsizetype test) {
+    const qsizetype nF = m_session->plan().frequencyCount();
+    if (const quint8 marks = m_session->results().marks(test % nF, test / nF);
+        marks != NoiseResults::NotSuspect)
+        console().progress(aboutTest(test) + QStringLiteral(": ") + suspicionText(marks));
 }
 
 void NoiseCommand::end(int exitCode) {
-    if (isFinished())
+    if (isFinished() || m_ending)
         return;
-    if (!m_running) {
-        finish(exitCode);
-        return;
+    m_ending = true;
+    if (m_session->running()) {
+        // A fault the dialog stops for aborts the acquisition first, as its reaction does.
+        if (exitCode == DeviceError && m_session->measuring())
+            stopAcquisition();
+        m_session->stop(plateRemoved()            ? NoiseSession::Ending::Removed
+                        : exitCode == DeviceError ? NoiseSession::Ending::TimedOut
+                                                  : NoiseSession::Ending::Stopped);
     }
-    m_timer->stop();
-    if (m_measuring)
-        stopAcquisition();
-    m_measuring = false;
-    saveResults();
-    if (m_savedFrequency && !plateRemoved()) {
-        try {
-            plate()->SetSampleFrequency(Which::Current, *m_savedFrequency);
-            plate()->SetGageVoltage(Which::Current, *m_savedExcitation);
-        } catch (const PlateError& error) {
-            console().error(aboutPlate(QStringLiteral("its frequency and excitation could not be "
-                                                      "put back: ") +
-                                       error.message()));
-            exitCode = exitCode == Success ? DeviceError : exitCode;
-        }
-    }
-    if (m_file.failing()) {
-        const QByteArray contents = noiseResultFile(m_plan, m_results);
-        const RescueSave saved =
-            saveOrRescue(m_file.path(), [&](const QString& path, QString& reason) {
-                const SaveResult result = saveAtomically(path, contents);
-                if (!result.ok())
-                    reason = QDir::toNativeSeparators(path) + QStringLiteral(": ") + result.error;
-                return result.ok();
-            });
-        fail(FileError, saved.message());
-        return;
-    }
-    finish(exitCode);
+    // The plate's settings that could not be put back are told, and make it a device error.
+    if (exitCode == Success && m_prompt.messagesTold() > 0)
+        exitCode = DeviceError;
+    finish(keepResults() ? exitCode : FileError);
+}
+
+bool NoiseCommand::keepResults() {
+    const QString requested = resultPath();
+    m_prompt.offerPlaces(rescuePlaces(requested));
+    bool kept = m_session->mayLeave(true, plateRemoved());
+    while (!kept && m_prompt.placesLeft())
+        kept = m_session->mayLeave(true, plateRemoved());
+    if (kept && resultPath() == requested)
+        return true;
+    console().error(
+        kept ? aboutPlate(QStringLiteral("the results could not be saved in %1; saved in %2 "
+                                         "instead"))
+                   .arg(QDir::toNativeSeparators(requested), QDir::toNativeSeparators(resultPath()))
+             : aboutPlate(QStringLiteral("the results could not be saved in %1 nor in a rescue "
+                                         "place: they are lost"))
+                   .arg(QDir::toNativeSeparators(requested)));
+    return false;
 }
 
 } // namespace kx::cli

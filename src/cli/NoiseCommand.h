@@ -1,28 +1,26 @@
 #pragma once
 
+#include "cli/ConsolePrompt.h"
 #include "cli/PlateCommand.h"
-#include "device/PlateTypes.h"
-#include "noise/NoisePlan.h"
-#include "noise/NoiseResultFile.h"
-#include "noise/NoiseResults.h"
-#include "noise/NoiseSequence.h"
 
-#include <optional>
+#include <memory>
 
 namespace kx {
-class Timer;
+class NoiseSession;
 } // namespace kx
 
 namespace kx::cli {
 
 // `kxplate noise SERIAL [--profile FILE] [-o FILE]`: the unattended noise test with the plan of
-// the shared profile (or of FILE), run as the noise dialog runs it: the same waits, tests and
-// result file, rewritten after every test. Each finished test's line goes to standard output,
-// the countdown and the test's progress to standard error.
+// the shared profile (or of FILE), run by the noise dialog's own session: the same waits,
+// tests, watchdog, suspect marks, result file (rewritten after every test) and run log beside
+// it. Each finished test's line goes to standard output; the countdown, the test's progress
+// and the suspect marks to standard error.
 //
 // The plate gets back the sampling frequency and excitation it had however the run ends: done,
-// Ctrl+C or SIGTERM, or a time-out the dialog stops for. The plan is not written back to the
-// profile.
+// Ctrl+C or SIGTERM, or a fault the dialog stops for. Results that cannot be saved where they
+// belong are saved in a rescue place. The plan is not written back to the profile, and no
+// picture is drawn.
 class NoiseCommand final : public PlateCommand {
     Q_OBJECT
 public:
@@ -32,38 +30,37 @@ public:
         QString output;  // empty: the first free <serial>_Noise_<n>.TXT in the documents folder
     };
 
-    static constexpr int TimerMs = 1000;
-
     NoiseCommand(Console& console, Clock& clock, PlateDriver& driver, Options options,
                  QObject* parent = nullptr);
+    ~NoiseCommand() override;
 
-    const QString& resultPath() const { return m_file.path(); }
+    QString resultPath() const;
 
 private:
     bool prepare() override;
     void run(PlateDevice& plate) override;
-    // Ends the run: the measurement stopped, the file complete, the plate restored.
+    // Ends the run, if one is going, and keeps its results.
     void end(int exitCode) override;
+    // The dialog reacts to a time-out only while a test is measured.
+    bool reactsNow(DeviceEvent event) const override;
 
-    void prepareTest();
-    void waitTick();
-    void startTest();
-    void ZeroDone(const ChannelValues& r1, const ChannelValues& r2, const ChannelValues& r3);
-    void saveResults();
-    QString aboutTest() const;
+    void showState();
+    void showProgress();
+    void showTest(qsizetype test);
+    void showMarks(qsizetype test);
+    // Results that could not be saved at their place go to a rescue place; false, with the
+    // line told, when they are not at the place asked for.
+    bool keepResults();
+    // "plate 20418: test 3 of 4 at 32.000 Hz, 1.000 V"
+    QString aboutTest(qsizetype test) const;
+    qsizetype presentTest() const;
 
     Options m_options;
-    NoisePlan m_plan;
-    NoiseResults m_results{0, 0, 0};
-    NoiseSequence m_sequence{0, 0};
-    NoiseResultFile m_file;
-    Timer* m_timer;
-    quint32 m_waitStart = 0;
-    qint32 m_samples = 0;
-    std::optional<float> m_savedFrequency;
-    std::optional<float> m_savedExcitation;
-    bool m_running = false;
-    bool m_measuring = false;
+    ConsolePrompt m_prompt;
+    std::unique_ptr<NoiseSession> m_session; // goes before the prompt it speaks through
+    qsizetype m_announced = -1;              // the test whose wait was told
+    QString m_fileStatus;                    // the session's last told
+    bool m_ending = false;
 };
 
 } // namespace kx::cli

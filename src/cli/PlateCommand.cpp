@@ -74,6 +74,8 @@ void PlateCommand::deviceEvent(DeviceEvent event) {
         return;
     if (event == DeviceEvent::Removal)
         m_removed = true;
+    else if (!reactsNow(event))
+        return;
     const DeviceErrorProfile profile = deviceErrorProfile(m_block);
     const DeviceErrorReaction& reaction = profile.reaction(event);
     if (reaction.steps.isEmpty())

@@ -40,6 +40,13 @@ protected:
     // first). At once unless overridden by a command that has something to keep or put back.
     virtual void end(int exitCode) { finish(exitCode); }
 
+    // Whether a fault the dialog reacts to ends the command now: a dialog may react only at
+    // some moments (the noise test only while it measures). A removal always ends it.
+    virtual bool reactsNow(DeviceEvent) const { return true; }
+    // Ends the command on `event` as the dialog's reaction would, with its line told first;
+    // nothing where the dialog ignores the event.
+    void deviceEvent(DeviceEvent event);
+
     // Runs plate calls; when one fails, the failure is told and the command ends; false then.
     bool call(const std::function<void()>& calls);
     // Stops and aborts whatever the plate acquires, as a dialog's stop does; nothing once the
@@ -54,7 +61,6 @@ protected:
 
 private:
     void found();
-    void deviceEvent(DeviceEvent event);
     void deviceFailure(const QString& line);
 
     Clock& m_clock;

@@ -31,15 +31,19 @@ QString RescueSave::message() const {
                       : QString());
 }
 
-RescueSave saveOrRescue(const QString& requested, const FileWriter& write) {
-    RescueSave result{.requested = requested, .path = {}, .reasons = {}};
+QStringList rescuePlaces(const QString& requested) {
     const QString name = QFileInfo(requested).fileName();
-    QStringList places{requested};
+    QStringList places;
     for (const QString& folder : {DocumentsFolder(), QDir::tempPath()}) {
         if (!folder.isEmpty() && QFileInfo(folder).isDir())
             places << freeName(folder, name);
     }
-    for (const QString& place : places) {
+    return places;
+}
+
+RescueSave saveOrRescue(const QString& requested, const FileWriter& write) {
+    RescueSave result{.requested = requested, .path = {}, .reasons = {}};
+    for (const QString& place : QStringList{requested} + rescuePlaces(requested)) {
         QString reason;
         if (write(place, reason)) {
             result.path = place;

@@ -22,6 +22,10 @@ struct RescueSave {
 // Writes a file at `path`; false, with the reason, when it could not.
 using FileWriter = std::function<bool(const QString& path, QString& reason)>;
 
+// Where a file that cannot be written at `requested` goes instead, in order: the same file name
+// (numbered when taken) in the documents folder, then in the temporary folder.
+QStringList rescuePlaces(const QString& requested);
+
 // Writes at `requested`; when that fails, the same file name (numbered when taken) in the
 // documents folder, then in the temporary folder. A command's data are gone once the process
 // ends, so a full disk or a mistyped folder must not cost them.

@@ -52,14 +52,10 @@ bool NoiseSession::open(PlateDevice* plate, const IniFile& profile,
     m_opened = true;
     m_results = NoiseResults(m_plan.channels, m_plan.frequencyCount(), m_plan.excitationCount());
     m_sequence = NoiseSequence(m_plan.frequencyCount(), m_plan.excitationCount());
-    m_folder = documentsFolder;
     m_plate = plate;
     const bool ready = plate && callPlate([&] {
                            m_serial = plate->SerialNumber();
-                           const QString path = firstFreeNoiseFile(documentsFolder, m_serial);
-                           m_resultFile = NoiseResultFile(path);
-                           m_pictureFile = NoiseResultFile(besideResultFile(path, ".png"));
-                           m_log.setPath(besideResultFile(path, ".log"));
+                           chooseResultFile(firstFreeNoiseFile(documentsFolder, m_serial));
                            m_savedFrequency = plate->SampleFrequency(Which::Current);
                            m_savedExcitation = plate->GageVoltage(Which::Current);
                        });
@@ -77,6 +73,13 @@ bool NoiseSession::open(PlateDevice* plate, const IniFile& profile,
     connect(plate, &PlateDevice::DataClipped, this, [this] { plateFault(NoiseResults::Clipping); });
     setState(State::Idle, text(s::Ready));
     return true;
+}
+
+void NoiseSession::chooseResultFile(const QString& path) {
+    m_resultFile = NoiseResultFile(path);
+    m_pictureFile = NoiseResultFile(besideResultFile(path, ".png"));
+    m_log.setPath(besideResultFile(path, ".log"));
+    m_folder = QFileInfo(path).path();
 }
 
 void NoiseSession::savePlan(const IniFile& profile) const {
@@ -223,6 +226,7 @@ void NoiseSession::finish() {
     saveResults();
     saveBesideResults();
     restorePlate();
+    Q_EMIT runEnded();
 }
 
 void NoiseSession::stop(Ending ending) {
@@ -246,6 +250,7 @@ void NoiseSession::stop(Ending ending) {
         saveBesideResults();
     restorePlate();
     m_silent = false;
+    Q_EMIT runEnded();
 }
 
 void NoiseSession::restorePlate() {

@@ -56,6 +56,9 @@ public:
     // the plate's frequency and excitation to restore after runs. False when there is no
     // plate to run on.
     bool open(PlateDevice* plate, const IniFile& profile, const QString& documentsFolder);
+    // Results in `path` from now on instead of the name open() chose, with the picture and the
+    // log beside them; a run checks its folder as it would the documents folder.
+    void chooseResultFile(const QString& path);
     // The plan as the plate took it, back into the profile; nothing for a session never opened.
     void savePlan(const IniFile& profile) const;
     // Draws the results as a PNG picture, saved beside the result file when a run ends.
@@ -109,6 +112,9 @@ Q_SIGNALS:
     void progressed();
     // A run started: its list is empty.
     void runStarted();
+    // A run ended, after its last test or stopped, once its files are saved and the plate has
+    // its settings back (or could not take them).
+    void runEnded();
     // A test finished: its line (by run order) is new.
     void testStored(qsizetype test);
     // A finished test turned out suspect: its line changed.
