@@ -103,7 +103,8 @@ void NoiseCommand::showState() {
             console().transient(aboutPlate(session.progressText()));
         }
     }
-    if (const QString files = session.fileStatus(); files != m_fileStatus) {
+    // A run's failed saves, once each; the end tells where the results went.
+    if (const QString files = session.fileStatus(); session.running() && files != m_fileStatus) {
         m_fileStatus = files;
         if (!files.isEmpty())
             console().error(aboutPlate(files));
