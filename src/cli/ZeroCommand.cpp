@@ -25,14 +25,6 @@ constexpr qsizetype Channels = 4;
 // The zero dialog's captions.
 constexpr int ChannelCaptions = strings::ZeroBlock + 230; // then one number per channel
 
-struct ChannelZero {
-    double average = 0; // codes
-    double deviation = 0;
-    QString codes; // the average as the plate takes it
-    double volts = 0;
-    double snr = 0; // dB
-};
-
 } // namespace
 
 ZeroCommand::ZeroCommand(Console& console, Clock& clock, PlateDriver& driver, Options options,
@@ -83,34 +75,24 @@ void ZeroCommand::ZeroDone(const ChannelValues& average, const ChannelValues& de
             resolution = plate()->Resolution();
         }))
         return;
-    std::vector<ChannelZero> channels;
-    const qsizetype reported = std::min({average.size(), deviation.size(), Channels});
-    for (qsizetype i = 0; i < reported; ++i) {
-        const double a = average[i];
-        const double s = deviation[i];
-        channels.push_back({.average = a,
-                            .deviation = s,
-                            .codes = formatNumber(a, u"0"),
-                            .volts = zeroCodesToVolts(a),
-                            .snr = zeroSnrDb(s, firmware, resolution)});
-    }
+    const QList<ZeroReadout> channels =
+        zeroReadouts(average, deviation, firmware, resolution, Channels);
     // The plate takes the averages as the dialog shows them, in whole codes.
     if (m_options.write && !call([&] {
-            for (std::size_t c = 0; c < channels.size(); ++c)
-                plate()->SetZeroValue(static_cast<int>(c), Which::Current,
-                                      channels[c].codes.toInt());
+            for (int c = 0; c < channels.size(); ++c)
+                plate()->SetZeroValue(c, Which::Current, channels[c].averageText.toInt());
         }))
         return;
 
     if (m_options.json) {
         QJsonArray array;
-        for (std::size_t c = 0; c < channels.size(); ++c) {
-            const ChannelZero& z = channels[c];
-            array.append(QJsonObject{{QStringLiteral("channel"), static_cast<int>(c) + 1},
+        for (int c = 0; c < channels.size(); ++c) {
+            const ZeroReadout& z = channels[c];
+            array.append(QJsonObject{{QStringLiteral("channel"), c + 1},
                                      {QStringLiteral("averageCodes"), z.average},
                                      {QStringLiteral("averageVolts"), z.volts},
                                      {QStringLiteral("rmsNoiseCodes"), z.deviation},
-                                     {QStringLiteral("snrDb"), z.snr}});
+                                     {QStringLiteral("snrDb"), z.snrDb}});
         }
         console().print(
             jsonText(QJsonObject{{QStringLiteral("serial"), serial()},
@@ -122,11 +104,10 @@ void ZeroCommand::ZeroDone(const ChannelValues& average, const ChannelValues& de
         std::vector<QStringList> rows{
             {QString(), QStringLiteral("Average (A/D Code)"), QStringLiteral("Average (V)"),
              QStringLiteral("RMS Noise (A/D Codes)"), caption(strings::ZeroBlock + 222)}};
-        for (std::size_t c = 0; c < channels.size(); ++c) {
-            const ChannelZero& z = channels[c];
-            rows.push_back({caption(ChannelCaptions + static_cast<int>(c)), z.codes,
-                            formatNumber(z.volts, u"0.000"), formatNumber(z.deviation, u"0.0"),
-                            formatNumber(z.snr, u"0.0")});
+        for (int c = 0; c < channels.size(); ++c) {
+            const ZeroReadout& z = channels[c];
+            rows.push_back({caption(ChannelCaptions + c), z.averageText, z.voltsText,
+                            z.deviationText, z.snrText});
         }
         QString text = aboutPlate(QStringLiteral("%1 samples at %2 Hz\n")
                                       .arg(m_samples)

@@ -196,15 +196,14 @@ void frmZero::ZeroDone(const ChannelValues& average, const ChannelValues& deviat
         firmware = device()->FirmwareMajor();
         resolution = device()->Resolution();
     });
-    const qsizetype reported = std::min({average.size(), deviation.size(), qsizetype{Channels}});
-    for (int i = 0; i < reported; ++i) {
-        const double a = average[i];
-        const double s = deviation[i];
-        lblZeroAveTxt[i]->setText(formatNumber(a, u"0"));
-        lblZeroAveTxt[Channels + i]->setText(formatNumber(zeroCodesToVolts(a), u"0.000"));
-        lblZeroSDTxt[i]->setText(formatNumber(s, u"0.0"));
-        lblZeroSDTxt[Channels + i]->setText(
-            formatNumber(zeroSnrDb(s, firmware, resolution), u"0.0"));
+    const QList<ZeroReadout> readouts =
+        zeroReadouts(average, deviation, firmware, resolution, Channels);
+    for (int i = 0; i < readouts.size(); ++i) {
+        const ZeroReadout& r = readouts[i];
+        lblZeroAveTxt[i]->setText(r.averageText);
+        lblZeroAveTxt[Channels + i]->setText(r.voltsText);
+        lblZeroSDTxt[i]->setText(r.deviationText);
+        lblZeroSDTxt[Channels + i]->setText(r.snrText);
     }
     setButtonsEnabled(true);
     showProgress(false);
