@@ -50,15 +50,6 @@ struct Options {
     double speed = 1;
 };
 
-// Whole numbers from 1 to 1000; anything else is refused.
-std::optional<double> readSpeed(const QString& text) {
-    bool ok = false;
-    const int speed = text.toInt(&ok);
-    if (!ok || speed < kx::ScaledClock::MinSpeed || speed > kx::ScaledClock::MaxSpeed)
-        return std::nullopt;
-    return speed;
-}
-
 Options readOptions(int argc, char** argv) {
     // For the parser's help text only; the window's application object comes later, and only
     // when a window is to be shown.
@@ -94,9 +85,8 @@ Options readOptions(int argc, char** argv) {
     if (!parser.parse(QCoreApplication::arguments())) {
         print(stderr, parser.errorText() + u'\n');
         options.exitCode = 2;
-    } else if (const std::optional<double> chosen = readSpeed(parser.value(speed)); !chosen) {
-        print(stderr, QStringLiteral("--speed %1: give a whole number from 1 to 1000.\n")
-                          .arg(parser.value(speed)));
+    } else if (!kx::speedFromText(parser.value(speed))) {
+        print(stderr, kx::speedRefusal(parser.value(speed)) + u'\n');
         options.exitCode = 2;
     } else if (parser.isSet(help)) {
         print(stdout, parser.helpText() + u'\n' +
@@ -118,7 +108,7 @@ Options readOptions(int argc, char** argv) {
         }
     }
     options.bench = parser.isSet(bench);
-    options.speed = readSpeed(parser.value(speed)).value_or(1);
+    options.speed = kx::speedFromText(parser.value(speed)).value_or(1);
     return options;
 }
 

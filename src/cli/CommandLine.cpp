@@ -3,6 +3,7 @@
 #include "cli/ExitCode.h"
 #include "support/FileLocations.h"
 #include "support/NumberFormat.h"
+#include "support/ScaledClock.h"
 
 #include <QCommandLineParser>
 #include <QLocale>
@@ -40,6 +41,11 @@ const OptionSpec Scenario{{QStringLiteral("scenario")},
                           QStringLiteral("FILE"),
                           QStringLiteral("Run on the simulated plates and events of a scenario "
                                          "file (kxcpl --help describes the format).")};
+const OptionSpec Speed{{QStringLiteral("speed")},
+                       QStringLiteral("N"),
+                       QStringLiteral("Run time N times faster than real time (1 to 1000, a whole "
+                                      "number), as kxcpl --speed does: the simulated plates, the "
+                                      "waits of the noise test and every acquisition.")};
 const OptionSpec Json{
     {QStringLiteral("json")}, {}, QStringLiteral("Write the result as one JSON document.")};
 const OptionSpec Output{{QStringLiteral("o"), QStringLiteral("output")},
@@ -191,7 +197,7 @@ QString optionLines(const QList<OptionSpec>& options) {
 
 QString generalHelp() {
     QString text = QStringLiteral(
-        "Usage: kxplate [--scenario FILE] COMMAND [ARGUMENT] [OPTIONS]\n"
+        "Usage: kxplate [--scenario FILE] [--speed N] COMMAND [ARGUMENT] [OPTIONS]\n"
         "\n"
         "The KX force plates from scripts: the plates found, a plate's settings, a capture,\n"
         "a zero, the noise test, and the fit and certificate of calibration files. It works\n"
@@ -201,7 +207,7 @@ QString generalHelp() {
     for (const CommandSpec& spec : commands())
         text += (QStringLiteral("  ") + spec.name + u' ' + spec.argument).leftJustified(24) +
                 spec.summary + u'\n';
-    text += QStringLiteral("\nOptions:\n") + optionLines({Scenario, Help, Version}) +
+    text += QStringLiteral("\nOptions:\n") + optionLines({Scenario, Speed, Help, Version}) +
             QStringLiteral(
                 "\n"
                 "\"kxplate COMMAND --help\" describes a command.\n"
@@ -220,7 +226,7 @@ QString generalHelp() {
 QString commandHelp(const CommandSpec& spec) {
     return QStringLiteral("Usage: kxplate ") + spec.synopsis + QStringLiteral("\n\n") +
            spec.description + QStringLiteral("\n\nOptions:\n") +
-           optionLines(spec.options + QList<OptionSpec>{Scenario, Help});
+           optionLines(spec.options + QList<OptionSpec>{Scenario, Speed, Help});
 }
 
 QCommandLineOption toOption(const OptionSpec& spec) {
@@ -318,7 +324,7 @@ QString readOptions(const CommandSpec& spec, const QCommandLineParser& parser,
 QString commandWord(const QStringList& arguments) {
     QStringList takesValue;
     for (const CommandSpec& spec : commands())
-        for (const OptionSpec& option : spec.options + QList<OptionSpec>{Scenario})
+        for (const OptionSpec& option : spec.options + QList<OptionSpec>{Scenario, Speed})
             if (!option.valueName.isEmpty())
                 for (const QString& name : option.names)
                     takesValue << (name.size() == 1 ? u'-' + name : QStringLiteral("--") + name);
@@ -340,7 +346,7 @@ ParsedCommandLine parseCommandLine(const QStringList& arguments) {
             QStringLiteral("\"%1\" is no command; kxplate --help lists them").arg(word));
 
     QCommandLineParser parser;
-    QList<OptionSpec> options{Scenario, Help};
+    QList<OptionSpec> options{Scenario, Speed, Help};
     if (spec)
         options += spec->options;
     else
@@ -369,6 +375,13 @@ ParsedCommandLine parseCommandLine(const QStringList& arguments) {
     Invocation invocation;
     invocation.command = spec->name;
     invocation.scenarioFile = parser.value(QStringLiteral("scenario"));
+    if (parser.isSet(QStringLiteral("speed"))) {
+        const QString speed = parser.value(QStringLiteral("speed"));
+        const std::optional<double> chosen = speedFromText(speed);
+        if (!chosen)
+            return usageError(speedRefusal(speed));
+        invocation.speed = *chosen;
+    }
     const QStringList positional = parser.positionalArguments().mid(1);
     if (!spec->argument.isEmpty()) {
         if (positional.isEmpty())

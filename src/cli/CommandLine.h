@@ -13,9 +13,10 @@ namespace kx::cli {
 struct Invocation {
     QString command; // list, info, capture, zero, noise, fit, report
     QString scenarioFile;
-    QString serial; // info, capture, zero, noise
-    QString file;   // fit, report: the calibration file
-    QString output; // -o
+    double speed = 1; // how many times faster than real time the plates' time runs
+    QString serial;   // info, capture, zero, noise
+    QString file;     // fit, report: the calibration file
+    QString output;   // -o
     double seconds = 0;
     std::optional<float> frequency;
     std::optional<DisplayType> signalSet;

@@ -10,6 +10,7 @@
 #include "sim/ScenarioReader.h"
 #include "sim/SimDriver.h"
 #include "support/QtClock.h"
+#include "support/ScaledClock.h"
 
 #include <QFile>
 #include <QGuiApplication>
@@ -65,9 +66,10 @@ int main(int argc, char** argv) {
         scenario = *read;
     }
 
-    // The real clock. Where the bench's clock that runs at a chosen speed exists, a --speed N
-    // option (as the control panel's) chooses it here: every wait below goes through it.
-    kx::QtClock clock;
+    // All the run's time, at the speed chosen (real time unless --speed says otherwise): every
+    // wait below goes through it.
+    kx::QtClock wallClock;
+    kx::ScaledClock clock(wallClock, invocation.speed);
     kx::SimDriver driver(clock, kx::SimDriver::Pacing::Batched);
     scenario.applyTo(driver);
 

@@ -16,6 +16,21 @@ constexpr quint32 ProgressEveryMs = 100;
 
 } // namespace
 
+std::optional<double> speedFromText(const QString& text) {
+    bool ok = false;
+    const int speed = text.toInt(&ok);
+    if (!ok || speed < ScaledClock::MinSpeed || speed > ScaledClock::MaxSpeed)
+        return std::nullopt;
+    return speed;
+}
+
+QString speedRefusal(const QString& text) {
+    return QStringLiteral("--speed %1: give a whole number from %2 to %3.")
+        .arg(text)
+        .arg(ScaledClock::MinSpeed)
+        .arg(ScaledClock::MaxSpeed);
+}
+
 ScaledClock::ScaledClock(Clock& base, double speed, const std::optional<QDateTime>& origin,
                          QObject* parent)
     : QObject(parent)

@@ -20,6 +20,12 @@ namespace kx {
 // no more than MaxBacklogMs of base time is kept owed and the rest is given up: time runs
 // slower than asked, and achievedSpeed() says by how much. Nothing that falls due is skipped;
 // it only comes later. A change of speed keeps time continuous.
+// A speed given on a command line (--speed N): a whole number from ScaledClock::MinSpeed to
+// ScaledClock::MaxSpeed; nothing for any other text.
+std::optional<double> speedFromText(const QString& text);
+// The one line that refuses any other text.
+QString speedRefusal(const QString& text);
+
 class ScaledClock final : public QObject, public Clock {
     Q_OBJECT
 public:

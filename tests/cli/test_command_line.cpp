@@ -15,15 +15,17 @@ ParsedCommandLine parse(QStringList arguments) {
 TEST(CommandLine, ReadsEveryValueWhereverTheOptionsStand) {
     const ParsedCommandLine parsed =
         parse({QStringLiteral("-o"), QStringLiteral("out.txt"), QStringLiteral("--scenario"),
-               QStringLiteral("bench.scenario"), QStringLiteral("capture"), QStringLiteral("20418"),
-               QStringLiteral("--seconds"), QStringLiteral("2.5"), QStringLiteral("--signals"),
-               QStringLiteral("bridges"), QStringLiteral("--frequency"), QStringLiteral("200")});
+               QStringLiteral("bench.scenario"), QStringLiteral("--speed"), QStringLiteral("250"),
+               QStringLiteral("capture"), QStringLiteral("20418"), QStringLiteral("--seconds"),
+               QStringLiteral("2.5"), QStringLiteral("--signals"), QStringLiteral("bridges"),
+               QStringLiteral("--frequency"), QStringLiteral("200")});
     ASSERT_TRUE(parsed.invocation) << parsed.error.toStdString();
     const Invocation& in = *parsed.invocation;
     EXPECT_EQ(in.command, QStringLiteral("capture"));
     EXPECT_EQ(in.serial, QStringLiteral("20418"));
     EXPECT_EQ(in.output, QStringLiteral("out.txt"));
     EXPECT_EQ(in.scenarioFile, QStringLiteral("bench.scenario"));
+    EXPECT_EQ(in.speed, 250.0);
     EXPECT_EQ(in.seconds, 2.5);
     EXPECT_EQ(in.frequency, 200.0f);
     EXPECT_EQ(in.signalSet, DisplayType::Voltages);
@@ -32,6 +34,7 @@ TEST(CommandLine, ReadsEveryValueWhereverTheOptionsStand) {
     ASSERT_TRUE(zero.invocation);
     EXPECT_EQ(zero.invocation->seconds, 5.0);
     EXPECT_FALSE(zero.invocation->write);
+    EXPECT_EQ(zero.invocation->speed, 1.0) << "real time unless told";
 
     const ParsedCommandLine fit =
         parse({QStringLiteral("fit"), QStringLiteral("a.cal"), QStringLiteral("--engine"),
@@ -77,6 +80,13 @@ TEST(CommandLine, RefusesWhatNoCommandCanDo) {
         {{QStringLiteral("info")}, "SERIAL"},
         {{QStringLiteral("info"), QStringLiteral("1"), QStringLiteral("2")}, "\"2\""},
         {{QStringLiteral("--scenario"), QStringLiteral("x")}, "no command"},
+        // The speeds kxcpl takes, refused in its words.
+        {{QStringLiteral("--speed"), QStringLiteral("0"), QStringLiteral("list")},
+         "--speed 0: give a whole number from 1 to 1000."},
+        {{QStringLiteral("noise"), QStringLiteral("1"), QStringLiteral("--speed"),
+          QStringLiteral("1001")},
+         "--speed 1001:"},
+        {{QStringLiteral("--speed"), QStringLiteral("2.5"), QStringLiteral("list")}, "2.5"},
     };
     for (const auto& c : cases) {
         const ParsedCommandLine parsed = parse(c.arguments);

@@ -2,6 +2,7 @@
 
 #include "KxplateProcess.h"
 
+#include <QDateTime>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -273,6 +274,35 @@ TEST_F(Kxplate, NoiseRunsTheProfilesPlanIntoTheResultFile) {
     EXPECT_EQ(missing.exitCode, 4);
     ASSERT_EQ(missing.errorLines().size(), 1);
     EXPECT_TRUE(missing.errorLines()[0].contains(QLatin1String("none.ini")));
+}
+
+// At --speed 1000 a plan of ten and a half minutes runs through within the process's time limit
+// (at real time it could not), and its log shows every wait of the plan went by on the
+// run's own calendar.
+TEST_F(Kxplate, NoiseAtSpeedRunsThePlanThroughInItsOwnTime) {
+    const QString profile = write(QStringLiteral("slow.ini"), "[Noise]\r\n"
+                                                              "Frequencies=2\r\n"
+                                                              "Excitations=1\r\n"
+                                                              "Excitation 0=2.5\r\n"
+                                                              "Test Duration=10\r\n"
+                                                              "Initial Delay=600\r\n"
+                                                              "Frequency Settling Time=10\r\n");
+    const QString results = path(QStringLiteral("fast.TXT"));
+    const Run r = run({QStringLiteral("--speed"), QStringLiteral("1000"), QStringLiteral("noise"),
+                       QStringLiteral("20418"), QStringLiteral("--profile"), profile,
+                       QStringLiteral("-o"), results});
+    ASSERT_EQ(r.exitCode, 0) << r.err.toStdString();
+    EXPECT_EQ(r.out.count(u'\n'), 2);
+    QFile log(path(QStringLiteral("fast.log")));
+    ASSERT_TRUE(log.open(QIODevice::ReadOnly));
+    const QStringList entries =
+        QString::fromUtf8(log.readAll()).split(QStringLiteral("\r\n"), Qt::SkipEmptyParts);
+    ASSERT_EQ(entries.size(), 2) << "the start and the end";
+    const auto at = [](const QString& entry) {
+        return QDateTime::fromString(entry.left(19), QStringLiteral("yyyy-MM-dd hh:mm:ss"));
+    };
+    // 600 s, a 10 s test, 10 s settling, a 10 s test; whole seconds on the calendar.
+    EXPECT_GE(at(entries.front()).secsTo(at(entries.back())), 629);
 }
 
 } // namespace

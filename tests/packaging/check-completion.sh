@@ -24,14 +24,17 @@ expect() {
 }
 
 expect "kxplate c" "capture"
-expect "kxplate -" "--scenario --help --version"
-expect "kxplate zero 20418 --" "--seconds --write --json --scenario --help"
+expect "kxplate -" "--scenario --speed --help --version"
+expect "kxplate zero 20418 --" "--seconds --write --json --scenario --speed --help"
+expect "kxplate --speed 10" "10 100 1000"
+expect "kxplate --speed 100 n" "noise"
 expect "kxplate capture 20418 --signals b" "bridges"
 expect "kxplate -o out.txt capture 20418 --f" "--frequency"
 expect "kxplate fit a.cal --engine " "builtin octave"
 expect "kxplate info " "20418 11093"
 expect "kxplate info 20418 " ""
 expect "kxcpl --b" "--bench"
+expect "kxcpl --speed 1" "1 10 100 1000"
 
 [ "$failures" -eq 0 ] && echo "completion complete"
 exit "$failures"
