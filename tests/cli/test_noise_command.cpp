@@ -3,6 +3,7 @@
 
 #include "CliBench.h"
 #include "cli/NoiseCommand.h"
+#include "support/ScaledClock.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -157,6 +158,32 @@ TEST_F(NoiseRuns, ResultsThatCannotBeSavedGoToARescuePlace) {
             EXPECT_NE(item.toDouble(), 0.0) << "every test is in the rescued file";
     EXPECT_TRUE(logText(command).contains(QLatin1String("Results saved in")));
     expectPlateRestored();
+}
+
+// At 1000 times real time a plan of ten and a half minutes takes as many wakes of the real
+// clock as 0.63 s of it holds, no more, and none of its waits is cut short.
+TEST_F(NoiseRuns, AtSpeedThePlanTakesAThousandthOfItsTime) {
+    QFile ini(profile);
+    ASSERT_TRUE(ini.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    ini.write("[Noise]\nFrequencies=2\nExcitations=1\nTest Duration=10\nInitial Delay=600\n"
+              "Frequency Settling Time=10\n");
+    ini.close();
+    ManualClock wall{1000};
+    ScaledClock fast(wall, 1000);
+    SimDriver plates(fast);
+    Scenario::defaults().applyTo(plates);
+    NoiseCommand command{console, fast, plates, options()};
+    command.start();
+    // The plates found after 1 s, 600 s to the first test, 10 s, 10 s settling, 10 s: 631 s
+    // and the ticks that end each wait, in wakes of 20 ms.
+    constexpr int WakeMs = 20;
+    int wakes = 0;
+    for (; wakes < 1000 && !command.isFinished(); ++wakes)
+        wall.advance(WakeMs);
+    EXPECT_EQ(command.exitCode(), 0);
+    EXPECT_GE(wakes, 631 / WakeMs);
+    EXPECT_LE(wakes, 640 / WakeMs);
+    EXPECT_EQ(output().count(u'\n'), 2);
 }
 
 } // namespace
