@@ -1,7 +1,7 @@
 #include "calibration/CalibrationReportPdf.h"
 
 #include "calibration/CalibrationReport.h"
-#include "calibration/PlatePicture.h"
+#include "calibration/PlatePainting.h"
 
 #include <QFontMetricsF>
 #include <QPainter>

@@ -1,4 +1,4 @@
-#include "calibration/PlatePicture.h"
+#include "calibration/PlatePainting.h"
 
 #include <QImage>
 #include <QPainter>
