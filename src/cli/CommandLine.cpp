@@ -112,10 +112,13 @@ const QList<CommandSpec>& commands() {
          QStringLiteral("SERIAL"),
          QStringLiteral("noise SERIAL [--profile FILE] [-o FILE]"),
          QStringLiteral("the unattended noise test"),
-         QStringLiteral("Runs the noise test with the plan of the profile, as the noise dialog\n"
-                        "does, and writes its result file after every test; each test's line\n"
-                        "goes to standard output. The plate gets its sampling frequency and\n"
-                        "excitation back however the run ends (Ctrl+C and SIGTERM included)."),
+         QStringLiteral("Runs the noise test with the plan of the profile on the noise dialog's\n"
+                        "session: its waits, watchdog and suspect marks; the result file is\n"
+                        "written after every test, with the run's log beside it. Each test's\n"
+                        "line goes to standard output. Results that cannot be saved are saved\n"
+                        "in the documents folder instead (exit status 4). The plate gets its\n"
+                        "sampling frequency and excitation back however the run ends (Ctrl+C\n"
+                        "and SIGTERM included)."),
          {{{QStringLiteral("profile")},
            QStringLiteral("FILE"),
            QStringLiteral("Take the plan from this INI file instead of the shared profile.")},
