@@ -27,7 +27,6 @@ public:
 
     // The places saveFileName() answers with, one a call, then nothing.
     void offerPlaces(const QStringList& paths) { m_places = paths; }
-    bool placesLeft() const { return !m_places.isEmpty(); }
     // How many messages were told: each is a failure the exit status must show.
     int messagesTold() const { return m_messages; }
 

@@ -149,9 +149,11 @@ void NoiseCommand::end(int exitCode) {
 
 bool NoiseCommand::keepResults() {
     const QString requested = resultPath();
-    m_prompt.offerPlaces(rescuePlaces(requested));
+    const QStringList places = rescuePlaces(requested);
+    m_prompt.offerPlaces(places);
+    // The first try saves again where the results belong, then each takes the next place.
     bool kept = m_session->mayLeave(true, plateRemoved());
-    while (!kept && m_prompt.placesLeft())
+    for (qsizetype left = places.size(); !kept && left > 0; --left)
         kept = m_session->mayLeave(true, plateRemoved());
     if (kept && resultPath() == requested)
         return true;
