@@ -268,5 +268,49 @@ TEST_F(NoiseSessionTest, AResultsFolderThatCannotBeMadeIsNamedBeforeTheWarmUp) {
     EXPECT_TRUE(session.start());
 }
 
+// A result file chosen by the holder takes the log beside it, and its folder is the one a run
+// checks before the warm-up.
+TEST_F(NoiseSessionTest, AChosenResultFileTakesTheLogAndItsFolderIsChecked) {
+    test::writeFileBytes(environment.path() + "/file", "");
+    ASSERT_TRUE(open());
+    session.chooseResultFile(environment.path() + "/file/night.TXT");
+    EXPECT_EQ(session.logPath(), environment.path() + "/file/night.log");
+    EXPECT_FALSE(session.start());
+    ASSERT_EQ(prompt.questions.size(), 1u);
+    EXPECT_TRUE(prompt.questions[0].text.startsWith("The noise test results cannot be saved in " +
+                                                    environment.path() + "/file:\n"));
+}
+
+// Whatever ends a run, its holder hears it once, after the plate has its settings back.
+TEST_F(NoiseSessionTest, ARunEndsOnceWhateverEndsItAndSaysSo) {
+    ASSERT_TRUE(open());
+    const float frequency = plate.SampleFrequency(Which::Current);
+    QSignalSpy ended(&session, &NoiseSession::runEnded);
+    bool plateAnswers = true;
+    QObject::connect(&session, &NoiseSession::runEnded, &session, [&] {
+        EXPECT_FALSE(session.running());
+        if (plateAnswers) {
+            EXPECT_EQ(plate.SampleFrequency(Which::Current), frequency);
+        }
+    });
+    ASSERT_TRUE(session.start());
+    ASSERT_TRUE(until([&] { return !session.running(); }));
+    EXPECT_EQ(session.results().measuredCount(), 4);
+    EXPECT_EQ(ended.size(), 1) << "after the last test";
+    session.stop(O::Stopped);
+    EXPECT_EQ(ended.size(), 1) << "no run to stop";
+
+    ASSERT_TRUE(session.start());
+    ASSERT_TRUE(testsDone(1));
+    session.stop(O::Stopped);
+    EXPECT_EQ(ended.size(), 2) << "stopped by the holder";
+
+    ASSERT_TRUE(session.start());
+    plateAnswers = false;
+    bench.driver.makeNotResponding("20418");
+    ASSERT_TRUE(until([&] { return !session.running(); }));
+    EXPECT_EQ(ended.size(), 3) << "stopped by the call that would start the first test";
+}
+
 } // namespace
 } // namespace kx
