@@ -51,12 +51,15 @@ struct IniText {
     }
 };
 
-// The file's lines; nothing when it cannot be read.
-std::optional<IniText> readLines(const QString& path) {
+// The file's bytes; nothing when it cannot be read.
+std::optional<QByteArray> readBytes(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
-    const QByteArray bytes = file.readAll();
+    return file.readAll();
+}
+
+IniText linesOf(const QByteArray& bytes) {
     IniText ini;
     if (bytes.contains("\r\n"))
         ini.lineEnd = "\r\n";
@@ -120,19 +123,23 @@ IniFile IniFile::sharedProfile() {
 
 QString IniFile::value(const QString& section, const QString& key,
                        const QString& defaultText) const {
-    if (const std::optional<IniText> ini = readLines(m_path)) {
-        if (const auto body = findSection(ini->lines, section)) {
-            for (qsizetype i = body->first; i < body->second; ++i) {
-                const QStringView line = ini->lines[i];
-                const std::optional<QStringView> name = keyName(line);
-                if (!name || !sameName(*name, key))
-                    continue;
-                QStringView text = line.sliced(line.indexOf(u'=') + 1).trimmed();
-                if (text.size() >= 2 && (text.front() == u'"' || text.front() == u'\'') &&
-                    text.back() == text.front())
-                    text = text.sliced(1, text.size() - 2);
-                return text.toString();
-            }
+    return valueIn(readBytes(m_path).value_or(QByteArray()), section, key, defaultText);
+}
+
+QString IniFile::valueIn(const QByteArray& bytes, const QString& section, const QString& key,
+                         const QString& defaultText) {
+    const IniText ini = linesOf(bytes);
+    if (const auto body = findSection(ini.lines, section)) {
+        for (qsizetype i = body->first; i < body->second; ++i) {
+            const QStringView line = ini.lines[i];
+            const std::optional<QStringView> name = keyName(line);
+            if (!name || !sameName(*name, key))
+                continue;
+            QStringView text = line.sliced(line.indexOf(u'=') + 1).trimmed();
+            if (text.size() >= 2 && (text.front() == u'"' || text.front() == u'\'') &&
+                text.back() == text.front())
+                text = text.sliced(1, text.size() - 2);
+            return text.toString();
         }
     }
     QStringView fallback = defaultText;
@@ -143,15 +150,20 @@ QString IniFile::value(const QString& section, const QString& key,
 
 SaveResult IniFile::setValue(const QString& section, const QString& key,
                              const QString& text) const {
-    IniText ini;
+    QByteArray bytes;
     if (QFile::exists(m_path)) {
-        std::optional<IniText> existing = readLines(m_path);
+        std::optional<QByteArray> existing = readBytes(m_path);
         if (!existing)
             return {QStringLiteral("The profile %1 cannot be read, so it is left as it is.")
                         .arg(QDir::toNativeSeparators(m_path))}; // never replace what was not read
-        ini = std::move(*existing);
+        bytes = std::move(*existing);
     }
+    return saveAtomically(m_path, withValue(bytes, section, key, text));
+}
 
+QByteArray IniFile::withValue(const QByteArray& bytes, const QString& section, const QString& key,
+                              const QString& text) {
+    IniText ini = linesOf(bytes);
     if (const auto body = findSection(ini.lines, section)) {
         qsizetype insertAt = body->first;
         for (qsizetype i = body->first; i < body->second; ++i) {
@@ -170,8 +182,7 @@ SaveResult IniFile::setValue(const QString& section, const QString& key,
         ini.insertLine(ini.raw.size(), u'[' + section + u']');
         ini.insertLine(ini.raw.size(), key + u'=' + text);
     }
-
-    return saveAtomically(m_path, ini.bytes());
+    return ini.bytes();
 }
 
 } // namespace kx

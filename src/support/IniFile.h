@@ -29,6 +29,13 @@ public:
     QString value(const QString& section, const QString& key, const QString& defaultText) const;
     SaveResult setValue(const QString& section, const QString& key, const QString& text) const;
 
+    // The same on a file's bytes, for a caller that holds them: the value read from `bytes`,
+    // and the bytes with `key` set to `text` (empty bytes are a file to be made).
+    static QString valueIn(const QByteArray& bytes, const QString& section, const QString& key,
+                           const QString& defaultText);
+    static QByteArray withValue(const QByteArray& bytes, const QString& section, const QString& key,
+                                const QString& text);
+
 private:
     QString m_path;
 };
