@@ -43,7 +43,7 @@ public:
     bool drifting() const { return m_drift; }
     DisplayType displayType() const { return m_displayType; }
     // The captured rows, on their way to the disk.
-    const CaptureJournal& journal() const { return *m_journal; }
+    CaptureJournal& journal() const { return *m_journal; }
     bool saving() const { return m_saving; }
     bool testRunning() const { return m_test.has_value(); }
 

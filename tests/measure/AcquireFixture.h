@@ -1,6 +1,8 @@
 #pragma once
 
 #include "DialogFixture.h"
+#include "measure/CaptureJournal.h"
+#include "measure/CaptureJournalReader.h"
 #include "measure/StripChart.h"
 #include "measure/frmAcquire.h"
 #include "support/Settings.h"
@@ -44,14 +46,31 @@ protected:
 
     StripChart& chart(int i) const { return *dialog->KXIStripChart[static_cast<std::size_t>(i)]; }
 
-    // Runs the event loop until the background save is over. A save that never ends fails
-    // the test instead of hanging it; the minute is a guard, far above any real save here.
-    void waitForSave() {
+    // Runs the event loop until `done`, for the threads that write files to report back. One
+    // that never does fails the test instead of hanging it; the minute is a guard, far above
+    // any real wait here.
+    static void waitUntil(const std::function<bool()>& done) {
         const QDeadlineTimer guard(std::chrono::minutes(1));
-        while (dialog->saving() && !guard.hasExpired())
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-        ASSERT_FALSE(dialog->saving()) << "the capture save hangs";
+        while (!done() && !guard.hasExpired())
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+        ASSERT_TRUE(done()) << "a file is never written";
     }
+    void waitForSave() {
+        waitUntil([this] { return !dialog->saving(); });
+    }
+    // The rows the dialog's journal holds, once on the disk.
+    std::vector<CaptureRow> journalRows() {
+        bool written = false;
+        dialog->journal().whenWritten([&written] { written = true; });
+        waitUntil([&written] { return written; });
+        CaptureJournalReader reader;
+        EXPECT_TRUE(reader.open(dialog->journal().path()));
+        std::vector<CaptureRow> rows(std::size_t(reader.rowCount()));
+        EXPECT_EQ(reader.read(rows), reader.rowCount());
+        return rows;
+    }
+    // The journals in the user's data folder.
+    static QStringList journals() { return CaptureJournal::journalsIn(CaptureJournal::folder()); }
 
     SimPlate& plate = openDefaultPlates();
     int samples = 0;
