@@ -111,8 +111,8 @@ void UnsavedCaptures::ask() {
     const QString path = chosen->trimmed();
     AcquireSettings::saveLastFilePath(FolderOfPath(path));
     m_cancelled = false;
-    Q_EMIT saveStarted(summary.rows);
     m_saver->start(summary.path, path, summary.header.sampleFrequency, summary.header.minFz);
+    Q_EMIT saveStarted(summary.rows);
 }
 
 void UnsavedCaptures::saveFinished(bool ok, const QString& error) {
