@@ -6,6 +6,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 namespace kx::journal {
 namespace {
@@ -35,8 +36,8 @@ void putText(QByteArray& out, const QByteArray& text) {
 // Reads a header field by field; any read past the end makes it fail.
 class FieldReader {
 public:
-    explicit FieldReader(const QByteArray& bytes)
-        : m_bytes(bytes) {}
+    explicit FieldReader(QByteArray bytes)
+        : m_bytes(std::move(bytes)) {}
 
     bool ok() const { return m_ok; }
 
@@ -62,7 +63,7 @@ private:
         return true;
     }
 
-    const QByteArray& m_bytes;
+    QByteArray m_bytes;
     qsizetype m_at = 0;
     bool m_ok = true;
 };
