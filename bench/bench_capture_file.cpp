@@ -6,6 +6,7 @@
 // the speed of the formatting alone shows what the disk leaves to win. The rows come from the
 // hour's capture journal, as a save reads them.
 
+#include "HourOfCapture.h"
 #include "RunReporter.h"
 #include "measure/CaptureFileWriter.h"
 #include "measure/CaptureJournalReader.h"
@@ -16,7 +17,6 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <cstdio>
-#include <random>
 #include <thread>
 #include <unistd.h>
 
@@ -24,37 +24,6 @@ namespace {
 
 constexpr float kRate = 1000.0f;
 constexpr float kMinFz = -2.5f;
-constexpr int kRowsPerMinute = 60'000;
-
-// One segment a minute; the plate is stepped off for one minute in ten.
-QByteArray hourOfCapture() {
-    std::mt19937 random(5);
-    std::normal_distribution<float> noise(0.0f, 1.0f);
-    const kx::CaptureJournalHeader header{QStringLiteral("1"),
-                                          kx::DisplayType::Forces,
-                                          false,
-                                          kRate,
-                                          kMinFz,
-                                          QDateTime(QDate(2024, 3, 14), QTime(9, 30))};
-    QByteArray journal = kx::journal::encodeHeader(header);
-    const auto append = [&journal](const kx::CaptureRow& row) {
-        journal.resize(journal.size() + kx::journal::RecordSize);
-        kx::journal::encodeRow(row, journal.data() + journal.size() - kx::journal::RecordSize);
-    };
-    for (int minute = 0; minute < 60; ++minute) {
-        const float load = minute % 10 == 9 ? 0.0f : -700.0f;
-        append(kx::CaptureRow{});
-        for (int i = 0; i < kRowsPerMinute; ++i) {
-            const float fz = load + 0.5f * noise(random);
-            const kx::Float3 forces{fz, 0.03f * load + 0.01f * noise(random),
-                                    0.05f * load + 0.01f * noise(random)};
-            const kx::Float3 volts{0.002f * fz / 700 + 1e-6f * noise(random),
-                                   1e-4f + 1e-6f * noise(random), -1e-4f + 1e-6f * noise(random)};
-            append(kx::captureRowOf(forces, volts, kMinFz));
-        }
-    }
-    return journal;
-}
 
 struct Setup {
     QTemporaryDir folder{QDir::currentPath() + "/bench_capture-XXXXXX"};
@@ -70,7 +39,7 @@ Setup& setup() {
         s.journal = s.folder.filePath("capture.kxcj");
         QFile file(s.journal);
         file.open(QIODevice::WriteOnly);
-        file.write(hourOfCapture());
+        file.write(hourOfCapture(kMinFz));
         file.close();
         kx::CaptureJournalReader reader;
         reader.open(s.journal);
