@@ -1,3 +1,4 @@
+#include "EventsUntil.h"
 #include "FileBytes.h"
 #include "MainWindowBench.h"
 #include "measure/CaptureJournal.h"
@@ -18,15 +19,6 @@ class CaptureCrash : public MainWindowBench {
 protected:
     static constexpr char ChildVariable[] = "KX_CAPTURE_CRASH_CHILD";
     static constexpr qint64 CaptureMs = 2500;
-
-    // Runs the event loop until `done`, for threads that write files to report back; the
-    // minute is a guard against a hang.
-    static void waitUntil(const std::function<bool()>& done) {
-        const QDeadlineTimer guard(std::chrono::minutes(1));
-        while (!done() && !guard.hasExpired())
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        ASSERT_TRUE(done());
-    }
 
     // From the main window as a technician goes: Acquire Data, Display ON, Capture ON, and
     // CaptureMs of samples of a person standing on the plate.
@@ -58,7 +50,7 @@ TEST_F(CaptureCrash, DISABLED_ChildCapturesUntilKilled) {
     ASSERT_NE(dialog, nullptr);
     bool written = false;
     dialog->journal().whenWritten([&written] { written = true; });
-    waitUntil([&written] { return written; });
+    ASSERT_TRUE(eventsUntil([&written] { return written; }));
     std::printf("journal\t%s\t%s\n", qPrintable(dialog->journal().path()),
                 qPrintable(environment.path()));
     std::fflush(stdout);
@@ -93,7 +85,7 @@ TEST_F(CaptureCrash, SavingAfterAKillGivesWhatANormalSaveGives) {
     prompt.answers = {0}; // Save
     prompt.fileAnswers = {documents("recovered.txt")};
     start();
-    waitUntil([&] { return !QFile::exists(journal); });
+    ASSERT_TRUE(eventsUntil([&] { return !QFile::exists(journal); }));
     // A separator, then the samples of CaptureMs at the plate's rate.
     const auto rows =
         1 + qint64(CaptureMs * plate(Fw2Plate)->SampleFrequency(Which::Current)) / 1000;
@@ -109,7 +101,8 @@ TEST_F(CaptureCrash, SavingAfterAKillGivesWhatANormalSaveGives) {
     clock.settle();
     prompt.fileAnswers = {documents("saved.txt")};
     dialog->cmdOK->click();
-    waitUntil([&] { return !dialog->saving() && QFile::exists(documents("saved.txt")); });
+    ASSERT_TRUE(
+        eventsUntil([&] { return !dialog->saving() && QFile::exists(documents("saved.txt")); }));
     const QByteArray saved = fileBytes(documents("saved.txt"));
     EXPECT_EQ(saved.count("\r\n"), 1 + rows);
     EXPECT_TRUE(saved == fileBytes(documents("recovered.txt")))

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "DialogFixture.h"
+#include "EventsUntil.h"
 #include "measure/CaptureJournal.h"
 #include "measure/CaptureJournalReader.h"
 #include "measure/StripChart.h"
@@ -9,7 +10,6 @@
 #include "support/SettingsKeys.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
@@ -46,23 +46,14 @@ protected:
 
     StripChart& chart(int i) const { return *dialog->KXIStripChart[static_cast<std::size_t>(i)]; }
 
-    // Runs the event loop until `done`, for the threads that write files to report back. One
-    // that never does fails the test instead of hanging it; the minute is a guard, far above
-    // any real wait here.
-    static void waitUntil(const std::function<bool()>& done) {
-        const QDeadlineTimer guard(std::chrono::minutes(1));
-        while (!done() && !guard.hasExpired())
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        ASSERT_TRUE(done()) << "a file is never written";
-    }
     void waitForSave() {
-        waitUntil([this] { return !dialog->saving(); });
+        ASSERT_TRUE(eventsUntil([this] { return !dialog->saving(); })) << "the save hangs";
     }
     // The rows the dialog's journal holds, once on the disk.
     std::vector<CaptureRow> journalRows() {
         bool written = false;
         dialog->journal().whenWritten([&written] { written = true; });
-        waitUntil([&written] { return written; });
+        EXPECT_TRUE(eventsUntil([&written] { return written; }));
         CaptureJournalReader reader;
         EXPECT_TRUE(reader.open(dialog->journal().path()));
         std::vector<CaptureRow> rows(std::size_t(reader.rowCount()));

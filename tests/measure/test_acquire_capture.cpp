@@ -271,12 +271,12 @@ TEST_F(AcquireCapture, AFullDiskStopsTheCaptureAndKeepsItsRows) {
         CaptureJournalReader reader;
         return reader.open(journal) ? reader.rowCount() : -1;
     };
-    waitUntil([&] { return onDisk() > 0; });
+    ASSERT_TRUE(eventsUntil([&] { return onDisk() > 0; }));
     const qint64 kept = onDisk();
     {
         const FileSizeLimit limit(rlim_t(QFileInfo(journal).size() + 1000));
         clock.advance(1000);
-        waitUntil([this] { return !dialog->capturing(); });
+        ASSERT_TRUE(eventsUntil([this] { return !dialog->capturing(); }));
     }
     ASSERT_EQ(prompt.messages.size(), 1);
     EXPECT_TRUE(prompt.messages[0].startsWith(

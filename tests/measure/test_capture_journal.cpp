@@ -1,3 +1,4 @@
+#include "EventsUntil.h"
 #include "FileBytes.h"
 #include "FileSizeLimit.h"
 #include "JournalBytes.h"
@@ -6,8 +7,6 @@
 #include "measure/CaptureJournal.h"
 #include "support/ManualClock.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QSignalSpy>
 #include <QtEndian>
@@ -200,19 +199,11 @@ TEST(CaptureJournalReader, RowsComeTheSameInPiecesOfAnySize) {
 
 class CaptureJournalTest : public ::testing::Test {
 protected:
-    // Runs the event loop until `done`, for the writer's thread to report back; a guard of a
-    // minute keeps a hang from stalling the run.
-    static void waitUntil(const std::function<bool()>& done) {
-        const QDeadlineTimer guard(std::chrono::minutes(1));
-        while (!done() && !guard.hasExpired())
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        ASSERT_TRUE(done()) << "the journal's writer never answered";
-    }
     // Waits until what was appended is on the disk.
     void written() {
         bool done = false;
         journal.whenWritten([&done] { done = true; });
-        waitUntil([&done] { return done; });
+        ASSERT_TRUE(eventsUntil([&done] { return done; }));
     }
     // The journal as a reader finds it on the disk now.
     Rows onDisk() const {
@@ -239,7 +230,7 @@ TEST_F(CaptureJournalTest, RowsReachTheDiskEverySecondAndTheFileStaysWhenClosed)
     EXPECT_EQ(fileBytes(path), journal::encodeHeader(JournalBytes::header()))
         << "rows wait for the second to end";
     clock.advance(1);
-    waitUntil([&] { return onDisk().size() == 3; });
+    ASSERT_TRUE(eventsUntil([&] { return onDisk().size() == 3; }));
     EXPECT_EQ(onDisk(), numberedRows({1, 2, 3}));
 
     journal.append(numbered(4));

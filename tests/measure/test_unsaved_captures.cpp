@@ -1,3 +1,4 @@
+#include "EventsUntil.h"
 #include "FileBytes.h"
 #include "JournalBytes.h"
 #include "PrintQString.h"
@@ -8,8 +9,6 @@
 #include "support/Settings.h"
 #include "support/SettingsKeys.h"
 
-#include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QDir>
 #include <QLocale>
 #include <QSignalSpy>
@@ -36,7 +35,7 @@ protected:
     }
 
     // Offers what the folder holds, answering from the prompt's queues, until every journal
-    // has its answer; the minute is a guard against a hang.
+    // has its answer.
     void offer() {
         UnsavedCaptures captures(prompt);
         QSignalSpy finished(&captures, &UnsavedCaptures::finished);
@@ -47,10 +46,9 @@ protected:
                 captures.cancelSave();
         });
         captures.start(CaptureJournal::folder());
-        const QDeadlineTimer guard(std::chrono::minutes(1));
-        while (finished.isEmpty() && !guard.hasExpired())
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        ASSERT_EQ(finished.size(), 1) << "the offer never ends";
+        ASSERT_TRUE(eventsUntil([&finished] { return !finished.isEmpty(); }))
+            << "the offer never ends";
+        ASSERT_EQ(finished.size(), 1);
         saves = started.size();
         EXPECT_EQ(ended.size(), saves);
     }
