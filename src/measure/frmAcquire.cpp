@@ -716,8 +716,9 @@ void frmAcquire::closeEvent(QCloseEvent* event) {
         return;
     }
     // The title-bar button leaves like cmdOK: captured rows are saved first, and a cancelled
-    // save keeps the window with its table.
-    if (m_journal->rowCount() > 0 || m_capture) {
+    // save keeps the window with its rows. A capture on has its rows from Capture ON: a drift
+    // capture's first point is a second away, and leaving before it loses nothing.
+    if (m_journal->rowCount() > 0) {
         event->ignore();
         cmdOK_Click();
         return;
