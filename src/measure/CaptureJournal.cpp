@@ -80,11 +80,11 @@ bool CaptureJournal::create(const QString& folder, const CaptureJournalHeader& h
                               u' ' + QString(header.plateSerial).replace(u'/', u'_'));
     // Reports of an earlier file's writer may still be on their way: they are not this one's.
     auto writer =
-        std::make_unique<JournalFileWriter>([this, file = ++m_file](const QString& error) {
+        std::make_unique<JournalFileWriter>([this, file = ++m_fileNumber](const QString& error) {
             QMetaObject::invokeMethod(
                 this,
                 [this, file, error] {
-                    if (file == m_file)
+                    if (file == m_fileNumber)
                         batchWritten(error);
                 },
                 Qt::QueuedConnection);

@@ -111,7 +111,7 @@ private:
 
     Timer* m_flushTimer;
     std::unique_ptr<JournalFileWriter> m_writer;
-    quint64 m_file = 0; // counts the files created, to know their writers' reports apart
+    quint64 m_fileNumber = 0; // counts the files created, to know their writers' reports apart
     QString m_path;
     CaptureJournalHeader m_header;
     QString m_error;
