@@ -301,12 +301,12 @@ TEST_F(CaptureJournalTest, RecordingsComingLateOrUnaskedKeepTheirPlace) {
     journal.takeBlock({{-1, 0, 0}, {-2, 0, 0}}, {volts, volts}); // the first, late and longer
     journal.appendSample({-6, 0, 0}, volts);
     journal.endSegment();
-    journal.takeBlock({{-5, 0, 0}, {-6, 0, 0}}, {volts, volts});
+    journal.takeBlock({{-5, 0, 0}, {-6, 0, 0}, {-7, 0, 0}}, {volts, volts, volts});
     journal.takeBlock({{-9, 0, 0}}, {volts});
     written();
     EXPECT_EQ(onDisk(), (Rows{CaptureRow{}, row(-1), row(-2), CaptureRow{}, row(-5), row(-6),
-                              CaptureRow{}, row(-9)}));
-    EXPECT_EQ(journal.rowCount(), 8);
+                              row(-7), CaptureRow{}, row(-9)}));
+    EXPECT_EQ(journal.rowCount(), 9);
 }
 
 // A disk that refuses rows fails the journal once: the rows written before stay, readable,
