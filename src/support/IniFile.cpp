@@ -8,6 +8,7 @@
 #include <QFile>
 #include <QList>
 #include <QStringList>
+#include <QStringTokenizer>
 #include <optional>
 #include <utility>
 
@@ -128,19 +129,27 @@ QString IniFile::value(const QString& section, const QString& key,
 
 QString IniFile::valueIn(const QByteArray& bytes, const QString& section, const QString& key,
                          const QString& defaultText) {
-    const IniText ini = linesOf(bytes);
-    if (const auto body = findSection(ini.lines, section)) {
-        for (qsizetype i = body->first; i < body->second; ++i) {
-            const QStringView line = ini.lines[i];
-            const std::optional<QStringView> name = keyName(line);
-            if (!name || !sameName(*name, key))
-                continue;
-            QStringView text = line.sliced(line.indexOf(u'=') + 1).trimmed();
-            if (text.size() >= 2 && (text.front() == u'"' || text.front() == u'\'') &&
-                text.back() == text.front())
-                text = text.sliced(1, text.size() - 2);
-            return text.toString();
+    // Read line by line in place: a profile is read once for every key a dialog loads, and
+    // splitting it into lists of lines each time cost more than the reading.
+    const QString text = QString::fromLocal8Bit(bytes);
+    bool inSection = false;
+    for (QStringView line : QStringTokenizer(text, u'\n')) {
+        if (line.endsWith(u'\r'))
+            line.chop(1);
+        if (const std::optional<QStringView> name = sectionName(line)) {
+            if (inSection)
+                break; // only the first section of that name counts
+            inSection = sameName(*name, section);
+            continue;
         }
+        const std::optional<QStringView> name = inSection ? keyName(line) : std::nullopt;
+        if (!name || !sameName(*name, key))
+            continue;
+        QStringView value = line.sliced(line.indexOf(u'=') + 1).trimmed();
+        if (value.size() >= 2 && (value.front() == u'"' || value.front() == u'\'') &&
+            value.back() == value.front())
+            value = value.sliced(1, value.size() - 2);
+        return value.toString();
     }
     QStringView fallback = defaultText;
     while (fallback.endsWith(u' ') || fallback.endsWith(u'\t'))
