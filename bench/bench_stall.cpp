@@ -26,6 +26,7 @@
 #include "sim/Scenario.h"
 #include "sim/SimDriver.h"
 #include "sim/SimPlate.h"
+#include "support/Folders.h"
 #include "support/QtClock.h"
 
 #include <QApplication>
@@ -145,8 +146,8 @@ void streamAndCapture(benchmark::State& state) {
 void saveHour(benchmark::State& state) {
     for (auto _ : state) {
         Bench bench;
-        const QString journal = QDir(kx::CaptureJournal::folder()).filePath("hour.kxcj");
-        QDir().mkpath(kx::CaptureJournal::folder());
+        const QString journal = QDir(kx::UnsavedCapturesFolder()).filePath("hour.kxcj");
+        QDir().mkpath(kx::UnsavedCapturesFolder());
         QFile file(journal);
         file.open(QIODevice::WriteOnly);
         file.write(hourOfCapture(-2.5f));

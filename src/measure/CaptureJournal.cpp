@@ -2,11 +2,9 @@
 
 #include "measure/JournalFileWriter.h"
 #include "support/Clock.h"
-#include "support/Folders.h"
 
 #include <QDir>
 #include <QFile>
-#include <QStandardPaths>
 #include <algorithm>
 #include <bit>
 
@@ -45,11 +43,6 @@ CaptureJournal::CaptureJournal(Clock& clock, QObject* parent)
 
 CaptureJournal::~CaptureJournal() {
     close();
-}
-
-QString CaptureJournal::folder() {
-    return QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
-                           QLatin1String(ProfileSubfolder) + QStringLiteral("/Unsaved Captures"));
 }
 
 QStringList CaptureJournal::journalsIn(const QString& folder) {

@@ -37,8 +37,6 @@ public:
     // Writes what it holds and closes the file, which stays for the next start.
     ~CaptureJournal() override;
 
-    // Where journals are kept: a folder of the user's own data.
-    static QString folder();
     // The journals in `folder`, oldest first.
     static QStringList journalsIn(const QString& folder);
 

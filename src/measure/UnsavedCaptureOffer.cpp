@@ -3,6 +3,7 @@
 #include "measure/CaptureJournal.h"
 #include "measure/UnsavedCaptures.h"
 #include "resources/StringTable.h"
+#include "support/Folders.h"
 
 #include <QProgressDialog>
 
@@ -29,7 +30,7 @@ void offerUnsavedCaptures(QWidget* window, Prompt& prompt) {
         progress->deleteLater();
         offer->deleteLater();
     });
-    offer->start(CaptureJournal::folder());
+    offer->start(UnsavedCapturesFolder());
 }
 
 } // namespace kx

@@ -471,7 +471,7 @@ bool frmAcquire::openJournal() {
                                     m_sampleRate, m_minFz,       clock().currentDateTime()};
         if (!runDevice([&] { header.plateSerial = device()->SerialNumber(); }))
             return false;
-        if (m_journal->create(CaptureJournal::folder(), header))
+        if (m_journal->create(UnsavedCapturesFolder(), header))
             return true;
         error = m_journal->errorString();
     }

@@ -24,8 +24,10 @@ QString fileLocationsHelp() {
                           "    moved by KX_COMMON_APPDATA (the folder above "
                           "Quentral/Plate Control Panel)\n"
                           "  Captures and noise-test results:  %2\n"
-                          "    moved by KX_DOCUMENTS\n")
-               .arg(IniFile::sharedProfile().path(), DocumentsFolder());
+                          "    moved by KX_DOCUMENTS\n"
+                          "  Captures not yet saved:  %3\n"
+                          "    moved by XDG_DATA_HOME (the folder above Quentral)\n")
+               .arg(IniFile::sharedProfile().path(), DocumentsFolder(), UnsavedCapturesFolder());
 }
 
 } // namespace kx

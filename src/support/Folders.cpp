@@ -82,4 +82,9 @@ QString DocumentsFolder() {
                       QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
 }
 
+QString UnsavedCapturesFolder() {
+    return QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                           QLatin1String(ProfileSubfolder) + QStringLiteral("/Unsaved Captures"));
+}
+
 } // namespace kx

@@ -49,4 +49,8 @@ bool FolderIsWritable(const QString& path);
 // The user's documents folder: $KX_DOCUMENTS when set, else the XDG documents folder.
 QString DocumentsFolder();
 
+// Where captures wait on the disk until they are saved: below the user's own data folder (the
+// XDG data home, ~/.local/share), ProfileSubfolder + "/Unsaved Captures".
+QString UnsavedCapturesFolder();
+
 } // namespace kx

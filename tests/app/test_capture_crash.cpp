@@ -3,6 +3,7 @@
 #include "MainWindowBench.h"
 #include "measure/CaptureJournal.h"
 #include "measure/frmAcquire.h"
+#include "support/Folders.h"
 
 #include <QDeadlineTimer>
 #include <QDir>
@@ -78,8 +79,8 @@ TEST_F(CaptureCrash, SavingAfterAKillGivesWhatANormalSaveGives) {
     EXPECT_EQ(child.exitStatus(), QProcess::CrashExit);
 
     // The next start finds the journal where the killed program left it.
-    const QString journal = QDir(CaptureJournal::folder()).filePath(QFileInfo(said[1]).fileName());
-    QDir().mkpath(CaptureJournal::folder());
+    const QString journal = QDir(UnsavedCapturesFolder()).filePath(QFileInfo(said[1]).fileName());
+    QDir().mkpath(UnsavedCapturesFolder());
     ASSERT_TRUE(QFile::copy(said[1], journal));
     QDir(said[2]).removeRecursively();
     prompt.answers = {0}; // Save

@@ -6,6 +6,7 @@
 #include "measure/CaptureJournalReader.h"
 #include "measure/StripChart.h"
 #include "measure/frmAcquire.h"
+#include "support/Folders.h"
 #include "support/Settings.h"
 #include "support/SettingsKeys.h"
 
@@ -61,7 +62,7 @@ protected:
         return rows;
     }
     // The journals in the user's data folder.
-    static QStringList journals() { return CaptureJournal::journalsIn(CaptureJournal::folder()); }
+    static QStringList journals() { return CaptureJournal::journalsIn(UnsavedCapturesFolder()); }
 
     SimPlate& plate = openDefaultPlates();
     int samples = 0;

@@ -6,6 +6,7 @@
 #include "TempEnvironment.h"
 #include "measure/CaptureJournal.h"
 #include "measure/UnsavedCaptures.h"
+#include "support/Folders.h"
 #include "support/Settings.h"
 #include "support/SettingsKeys.h"
 
@@ -27,9 +28,9 @@ protected:
     // A journal a crash left in the journal folder.
     QString leave(const Rows& rows, CaptureJournalHeader header = JournalBytes::header()) {
         const QString path =
-            QDir(CaptureJournal::folder())
+            QDir(UnsavedCapturesFolder())
                 .filePath(header.started.toString("yyyy-MM-dd hh.mm.ss") + ".kxcj");
-        QDir().mkpath(CaptureJournal::folder());
+        QDir().mkpath(UnsavedCapturesFolder());
         writeFileBytes(path, JournalBytes(header).rows(rows).bytes);
         return path;
     }
@@ -45,7 +46,7 @@ protected:
             if (started.size() <= savesToCancel)
                 captures.cancelSave();
         });
-        captures.start(CaptureJournal::folder());
+        captures.start(UnsavedCapturesFolder());
         ASSERT_TRUE(eventsUntil([&finished] { return !finished.isEmpty(); }))
             << "the offer never ends";
         ASSERT_EQ(finished.size(), 1);
@@ -146,7 +147,7 @@ TEST_F(UnsavedCapturesTest, DiscardIsAskedTwice) {
 // holds no row goes without a word.
 TEST_F(UnsavedCapturesTest, AnUnreadableJournalIsSetAsideAndAnEmptyOneGoes) {
     const QString empty = leave({});
-    const QString foreign = QDir(CaptureJournal::folder()).filePath("notes.kxcj");
+    const QString foreign = QDir(UnsavedCapturesFolder()).filePath("notes.kxcj");
     writeFileBytes(foreign, "shopping list");
     offer();
     EXPECT_TRUE(prompt.questions.empty());

@@ -43,9 +43,10 @@ TEST_F(Settings, TheProfileAndHelpFollowTheEnvironment) {
         m_environment.commonAppDataFolder() + "/Quentral/Plate Control Panel/KXPlateCpl.ini";
     EXPECT_EQ(IniFile::sharedProfile().path(), profile);
     const QString help = fileLocationsHelp();
-    for (const QString& expected :
-         QStringList{m_environment.settingsFile(), profile, m_environment.documentsFolder(),
-                     "KX_SETTINGS_FILE", "KX_COMMON_APPDATA", "KX_DOCUMENTS"})
+    for (const QString& expected : QStringList{
+             m_environment.settingsFile(), profile, m_environment.documentsFolder(),
+             m_environment.userDataFolder() + "/Quentral/Plate Control Panel/Unsaved Captures",
+             "KX_SETTINGS_FILE", "KX_COMMON_APPDATA", "KX_DOCUMENTS", "XDG_DATA_HOME"})
         EXPECT_TRUE(help.contains(expected)) << expected.toStdString() << "\n"
                                              << help.toStdString();
 }
