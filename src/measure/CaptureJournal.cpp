@@ -5,6 +5,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QThreadPool>
 #include <algorithm>
 #include <bit>
 
@@ -19,6 +20,7 @@ constexpr double BufferSeconds = 4;
 constexpr qint64 MinBufferRecords = 1024;
 constexpr qint64 MaxBufferRecords = 256 * 1024;
 constexpr char Suffix[] = ".kxcj";
+constexpr char SetAsideSuffix[] = ".removed";
 
 // FNV-1a over the bits of a sample's volts and forces: what tells the plate's recording of a
 // segment from the rows taken live without keeping them.
@@ -52,6 +54,19 @@ QStringList CaptureJournal::journalsIn(const QString& folder) {
          dir.entryList({u'*' + QLatin1String(Suffix)}, QDir::Files, QDir::Name))
         paths << dir.filePath(name);
     return paths;
+}
+
+void CaptureJournal::removeFile(const QString& path) {
+    const QString setAside = path + QLatin1String(SetAsideSuffix);
+    const QString doomed = QFile::rename(path, setAside) ? setAside : path;
+    QThreadPool::globalInstance()->start([doomed] { QFile::remove(doomed); });
+}
+
+void CaptureJournal::removeSetAside(const QString& folder) {
+    const QDir dir(folder);
+    for (const QString& name :
+         dir.entryList({u'*' + QLatin1String(Suffix) + QLatin1String(SetAsideSuffix)}, QDir::Files))
+        QThreadPool::globalInstance()->start([path = dir.filePath(name)] { QFile::remove(path); });
 }
 
 bool CaptureJournal::create(const QString& folder, const CaptureJournalHeader& header) {
@@ -253,7 +268,7 @@ void CaptureJournal::close() {
 void CaptureJournal::remove() {
     close();
     if (!m_path.isEmpty())
-        QFile::remove(m_path);
+        removeFile(m_path);
     m_path.clear();
 }
 

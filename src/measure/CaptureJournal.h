@@ -39,6 +39,12 @@ public:
 
     // The journals in `folder`, oldest first.
     static QStringList journalsIn(const QString& folder);
+    // Deletes a journal that is saved or not wanted. An hour's journal is large enough for its
+    // deletion to hold up the window: it is set aside under another name at once, so that it is
+    // never offered again, and deleted on a thread of the pool. What a killed program leaves
+    // set aside goes at the next start (removeSetAside).
+    static void removeFile(const QString& path);
+    static void removeSetAside(const QString& folder);
 
     // Starts a new journal file in `folder`. False, with errorString(), when it cannot.
     bool create(const QString& folder, const CaptureJournalHeader& header);

@@ -35,6 +35,7 @@ UnsavedCaptures::~UnsavedCaptures() {
 }
 
 void UnsavedCaptures::start(const QString& folder) {
+    CaptureJournal::removeSetAside(folder);
     m_journals = CaptureJournal::journalsIn(folder);
     next();
 }
@@ -80,7 +81,7 @@ void UnsavedCaptures::summaryRead() {
         return;
     }
     if (summary.rows == 0) {
-        QFile::remove(summary.path); // nothing was captured
+        CaptureJournal::removeFile(summary.path); // nothing was captured
         next();
         return;
     }
@@ -100,7 +101,7 @@ void UnsavedCaptures::ask() {
             next();
             return;
         case UnsavedRowsAnswer::Discard:
-            QFile::remove(summary.path);
+            CaptureJournal::removeFile(summary.path);
             next();
             return;
         case UnsavedRowsAnswer::Save:
@@ -119,7 +120,7 @@ void UnsavedCaptures::saveFinished(bool ok, const QString& error) {
     Q_EMIT saveEnded();
     if (ok) {
         // The capture file is on the disk: the journal has done its work.
-        QFile::remove(m_summary->path);
+        CaptureJournal::removeFile(m_summary->path);
         next();
         return;
     }

@@ -144,12 +144,16 @@ TEST_F(UnsavedCapturesTest, DiscardIsAskedTwice) {
 }
 
 // A journal that cannot be read is told about once and set aside, never deleted; one that
-// holds no row goes without a word.
+// holds no row, or was saved already, goes without a word.
 TEST_F(UnsavedCapturesTest, AnUnreadableJournalIsSetAsideAndAnEmptyOneGoes) {
     const QString empty = leave({});
     const QString foreign = QDir(UnsavedCapturesFolder()).filePath("notes.kxcj");
     writeFileBytes(foreign, "shopping list");
+    // Saved before a kill, and set aside but not yet deleted.
+    const QString saved = QDir(UnsavedCapturesFolder()).filePath("saved.kxcj.removed");
+    writeFileBytes(saved, JournalBytes().rows(Rows(2)).bytes);
     offer();
+    EXPECT_TRUE(eventsUntil([&] { return !QFile::exists(saved); }));
     EXPECT_TRUE(prompt.questions.empty());
     ASSERT_EQ(prompt.messages.size(), 1);
     EXPECT_EQ(prompt.messages[0], "The unsaved capture " + QDir::toNativeSeparators(foreign) +
