@@ -50,11 +50,19 @@ inline void runFor(int ms) {
     loop.exec();
 }
 
-// Runs the event loop until `done`, at most `limitMs`; false when it never came.
+// Runs the event loop until `done`, at most `limitMs`; false when it never came. `done` is
+// asked every 20 ms, so that asking (a look at the disk, say) does not hold the loop up itself.
 inline bool runUntil(const std::function<bool()>& done, qint64 limitMs) {
     QElapsedTimer clock;
     clock.start();
-    while (!done() && clock.elapsed() < limitMs)
+    qint64 asked = 0;
+    while (clock.elapsed() < limitMs) {
+        if (clock.elapsed() - asked >= 20) {
+            if (done())
+                return true;
+            asked = clock.elapsed();
+        }
         QCoreApplication::processEvents(QEventLoop::AllEvents, 5);
+    }
     return done();
 }

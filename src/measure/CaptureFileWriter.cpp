@@ -1,5 +1,6 @@
 #include "measure/CaptureFileWriter.h"
 
+#include "measure/BackgroundPriority.h"
 #include "measure/CaptureJournalReader.h"
 #include "measure/DiskSync.h"
 #include "support/NumberText.h"
@@ -130,7 +131,10 @@ bool CaptureFileWriter::write(QIODevice& device) {
         read += got;
         // Formats on this thread instead when no thread can be had.
         pending.push_back(std::async(std::launch::async | std::launch::deferred,
-                                     [this, chunk = std::move(chunk)] { return format(chunk); }));
+                                     [this, chunk = std::move(chunk)] {
+                                         lowerThisThreadsPriority();
+                                         return format(chunk);
+                                     }));
         return true;
     };
     qint64 written = 0;

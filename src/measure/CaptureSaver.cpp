@@ -1,5 +1,6 @@
 #include "measure/CaptureSaver.h"
 
+#include "measure/BackgroundPriority.h"
 #include "measure/CaptureFileWriter.h"
 #include "measure/CaptureJournalReader.h"
 
@@ -24,6 +25,7 @@ void CaptureSaver::start(const QString& journalPath, const QString& path, float 
     m_result = std::make_shared<Result>();
     m_thread.reset(QThread::create([this, journalPath, path, sampleFrequency, minFz,
                                     result = m_result] {
+        lowerThisThreadsPriority();
         CaptureJournalReader journal;
         if (!journal.open(journalPath)) {
             result->error = QStringLiteral("The capture journal %1 cannot be read: %2.")

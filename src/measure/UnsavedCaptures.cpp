@@ -1,6 +1,7 @@
 #include "measure/UnsavedCaptures.h"
 
 #include "measure/AcquireSettings.h"
+#include "measure/BackgroundPriority.h"
 #include "measure/CaptureFileDialog.h"
 #include "measure/CaptureJournal.h"
 #include "measure/CaptureJournalReader.h"
@@ -56,6 +57,7 @@ void UnsavedCaptures::next() {
     summary->path = m_journals.takeFirst();
     m_summary = summary;
     m_reading.reset(QThread::create([summary] {
+        lowerThisThreadsPriority();
         CaptureJournalReader reader;
         summary->readable = reader.open(summary->path);
         summary->error = reader.errorString();
