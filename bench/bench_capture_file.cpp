@@ -3,19 +3,20 @@
 // capture file is saved through a temporary file that is flushed to disk (fdatasync) before
 // it replaces the target, which plain fwrite into the page cache does not wait for; so the
 // ratio to fwrite followed by fdatasync is printed too, as the like-for-like comparison, and
-// the speed of the formatting alone shows what the disk leaves to win. Also prints the memory
-// the hour's capture table takes.
+// the speed of the formatting alone shows what the disk leaves to win. The rows come from the
+// hour's capture journal, as a save reads them.
 
+#include "HourOfCapture.h"
 #include "RunReporter.h"
 #include "measure/CaptureFileWriter.h"
-#include "measure/CaptureTable.h"
+#include "measure/CaptureJournalReader.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QTemporaryDir>
 #include <cstdio>
-#include <random>
 #include <thread>
 #include <unistd.h>
 
@@ -23,52 +24,26 @@ namespace {
 
 constexpr float kRate = 1000.0f;
 constexpr float kMinFz = -2.5f;
-constexpr int kRowsPerMinute = 60'000;
-
-// One block a minute; the plate is stepped off for one minute in ten.
-kx::CaptureTable hourOfCapture() {
-    std::mt19937 random(5);
-    std::normal_distribution<float> noise(0.0f, 1.0f);
-    kx::CaptureTable table;
-    QList<kx::Float3> forces(kRowsPerMinute);
-    QList<kx::Float3> volts(kRowsPerMinute);
-    for (int minute = 0; minute < 60; ++minute) {
-        const float load = minute % 10 == 9 ? 0.0f : -700.0f;
-        for (int i = 0; i < kRowsPerMinute; ++i) {
-            const float fz = load + 0.5f * noise(random);
-            forces[i] = {fz, 0.03f * load + 0.01f * noise(random),
-                         0.05f * load + 0.01f * noise(random)};
-            volts[i] = {0.002f * fz / 700 + 1e-6f * noise(random), 1e-4f + 1e-6f * noise(random),
-                        -1e-4f + 1e-6f * noise(random)};
-        }
-        table.appendBlock(forces, volts, kMinFz);
-    }
-    return table;
-}
-
-// Resident memory of this process in bytes (Linux), 0 where unknown.
-qint64 residentBytes() {
-    QFile statm("/proc/self/statm");
-    if (!statm.open(QIODevice::ReadOnly))
-        return 0;
-    const QList<QByteArray> fields = statm.readAll().split(' ');
-    return fields.size() > 1 ? fields[1].toLongLong() * sysconf(_SC_PAGESIZE) : 0;
-}
 
 struct Setup {
     QTemporaryDir folder{QDir::currentPath() + "/bench_capture-XXXXXX"};
-    qint64 tableBytes = 0;
-    kx::CaptureTable table;
+    QString journal;
+    qint64 rows = 0;
     QByteArray fileBytes; // what the writer wrote, for the baseline
 };
 
 // Built once on first use and destroyed at exit, which removes the folder.
 Setup& setup() {
     static Setup s;
-    if (s.table.isEmpty()) {
-        const qint64 before = residentBytes();
-        s.table = hourOfCapture();
-        s.tableBytes = residentBytes() - before;
+    if (s.journal.isEmpty()) {
+        s.journal = s.folder.filePath("capture.kxcj");
+        QFile file(s.journal);
+        file.open(QIODevice::WriteOnly);
+        file.write(hourOfCapture(kMinFz));
+        file.close();
+        kx::CaptureJournalReader reader;
+        reader.open(s.journal);
+        s.rows = reader.rowCount();
     }
     return s;
 }
@@ -85,7 +60,9 @@ void save(benchmark::State& state) {
     const QString path = setup().folder.filePath("capture.txt");
     for (auto _ : state) {
         startClean(state, path);
-        kx::CaptureFileWriter writer(setup().table, kRate, kMinFz);
+        kx::CaptureJournalReader journal;
+        journal.open(setup().journal);
+        kx::CaptureFileWriter writer(journal, kRate, kMinFz);
         if (!writer.save(path)) {
             state.SkipWithError(writer.errorString().toStdString().c_str());
             return;
@@ -109,7 +86,9 @@ void format(benchmark::State& state) {
     Discard discard;
     discard.open(QIODevice::WriteOnly);
     for (auto _ : state) {
-        kx::CaptureFileWriter writer(setup().table, kRate, kMinFz);
+        kx::CaptureJournalReader journal;
+        journal.open(setup().journal);
+        kx::CaptureFileWriter writer(journal, kRate, kMinFz);
         writer.write(discard);
     }
     state.SetBytesProcessed(state.iterations() * setup().fileBytes.size());
@@ -159,8 +138,9 @@ int main(int argc, char** argv) {
     const double synced = reporter.counter("fwrite+fdatasync/hour", "bytes_per_second") / mb;
     const double cached = reporter.counter("fwrite/hour", "bytes_per_second") / mb;
     const double formatted = reporter.counter("format/hour", "bytes_per_second") / mb;
-    std::printf("capture table of one hour (%d rows): %.1f MB resident\n", setup().table.rowCount(),
-                static_cast<double>(setup().tableBytes) / mb);
+    std::printf("capture journal of one hour (%lld rows): %.1f MB on the disk\n",
+                static_cast<long long>(setup().rows),
+                static_cast<double>(QFileInfo(setup().journal).size()) / mb);
     if (ours > 0 && synced > 0 && cached > 0)
         std::printf("capture file of one hour (%.1f MB): save %.0f MB/s; plain fwrite %.0f MB/s, "
                     "ratio %.2f (aim 0.5 or better); fwrite+fdatasync %.0f MB/s, ratio %.2f\n",

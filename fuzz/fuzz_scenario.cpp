@@ -87,8 +87,12 @@ void stream(kx::ManualClock& clock, kx::SimPlate& plate) {
     } catch (const kx::PlateError&) {
         return; // unplugged, not answering or told to fail: nothing to stream
     }
-    clock.advance(qint64(std::ceil(SamplesPerPlate * 1000 / hertz)));
-    check(count <= SamplesPerPlate + 1, "samples come at their rate");
+    const auto ms = qint64(std::ceil(SamplesPerPlate * 1000 / hertz));
+    clock.advance(ms);
+    // Sample k falls due at floor(k * 1000 / f) ms: those due by `ms` are fewer than
+    // (ms + 1) * f / 1000, and above 500 Hz two may share a millisecond. One more for the
+    // plate's frequency being read as a single.
+    check(double(count) <= double(ms + 1) * hertz / 1000 + 1, "samples come at their rate");
     try {
         plate.StopAcquisition();
     } catch (const kx::PlateError&) {

@@ -16,6 +16,7 @@
 #include "maintenance/frmProgramID.h"
 #include "measure/frmAcquire.h"
 #include "measure/frmMeter.h"
+#include "measure/UnsavedCaptureOffer.h"
 #include "measure/frmZero.h"
 #include "noise/frmNoise.h"
 #include "resources/ResourceFiles.h"
@@ -239,6 +240,8 @@ void frmMain::finishLoad() {
     activateWindow();
     delete m_splash;
     setFocus();
+    // Captures a crash left unsaved are offered once the window stands.
+    m_clock.singleShot(0, this, [this] { offerUnsavedCaptures(this, m_prompt); });
 }
 
 void frmMain::centre() {

@@ -7,14 +7,16 @@
 #include "device/PlateError.h"
 #include "measure/AcquireSettings.h"
 #include "measure/CaptureFileWriter.h"
+#include "measure/CaptureJournal.h"
+#include "measure/CaptureJournalReader.h"
 #include "measure/CentreOfPressure.h"
 #include "resources/StringTable.h"
 #include "support/Clock.h"
+#include "support/Folders.h"
 #include "support/NumberFormat.h"
 
 #include <QDir>
 #include <QFileInfo>
-#include <algorithm>
 #include <cmath>
 
 namespace kx::cli {
@@ -28,8 +30,14 @@ CaptureCommand::CaptureCommand(Console& console, Clock& clock, PlateDriver& driv
                                QObject* parent)
     : PlateCommand(console, clock, driver, options.serial, strings::AcquireBlock, parent)
     , m_options(std::move(options))
+    , m_journal(new CaptureJournal(clock, this))
     , m_progress(clock.createTimer(this)) {
     connect(m_progress, &Timer::timeout, this, &CaptureCommand::showProgress);
+    connect(m_journal, &CaptureJournal::failed, this, [this](const QString& error, qint64 kept) {
+        this->console().error(aboutPlate(
+            QStringLiteral("%1; the capture stops, keeping %2 rows").arg(error).arg(kept)));
+        end(FileError);
+    });
 }
 
 bool CaptureCommand::prepare() {
@@ -63,6 +71,13 @@ void CaptureCommand::run(PlateDevice& plate) {
     });
     if (!started)
         return;
+    const CaptureJournalHeader header{m_options.serial, m_signalSet, false,
+                                      m_rate,           m_minFz,     clock().currentDateTime()};
+    if (!m_journal->create(UnsavedCapturesFolder(), header)) {
+        fail(FileError, aboutPlate(m_journal->errorString()));
+        return;
+    }
+    m_journal->beginSegment();
     m_capturing = true;
     m_startTick = clock().tickCount();
     m_progress->start(ProgressMs);
@@ -72,6 +87,8 @@ void CaptureCommand::run(PlateDevice& plate) {
 
 void CaptureCommand::ForcesIn(qint32 sampleNumber, const Float3& forces, const Float3& volts) {
     m_samples = sampleNumber;
+    if (m_capturing)
+        m_journal->appendSample(forces, volts);
     m_forces = forces;
     m_volts = volts;
 }
@@ -106,6 +123,7 @@ void CaptureCommand::end(int exitCode) {
         return;
     }
     m_capturing = false;
+    m_journal->endSegment();
     try {
         plate()->StopCapture();
     } catch (const PlateError& error) {
@@ -116,7 +134,8 @@ void CaptureCommand::end(int exitCode) {
 }
 
 void CaptureCommand::TestDone(qint32, const QList<Float3>& forces, const QList<Float3>& volts) {
-    m_table.appendBlock(forces, volts, m_minFz);
+    if (m_journal->isOpen())
+        m_journal->takeBlock(forces, volts);
     if (m_ending)
         save();
 }
@@ -126,26 +145,46 @@ void CaptureCommand::save() {
         return;
     if (!stopAcquisition())
         m_exitCode = DeviceError;
-    if (m_table.isEmpty()) {
+    if (m_journal->rowCount() <= 1) { // only the opening separator
+        m_journal->remove();
         console().error(aboutPlate(QStringLiteral("no sample was captured; %1 not written")
                                        .arg(QDir::toNativeSeparators(m_options.output))));
         finishCapture(m_exitCode == Success ? DeviceError : m_exitCode);
         return;
     }
+    // The file is written from the journal once its last rows are on the disk.
+    m_waitingOnDisk = true;
+    m_journal->whenWritten([this] {
+        m_waitingOnDisk = false;
+        writeFile();
+    });
+}
+
+void CaptureCommand::writeFile() {
+    qint64 samples = 0;
     const RescueSave saved =
-        saveOrRescue(m_options.output, [this](const QString& path, QString& reason) {
-            CaptureFileWriter writer(m_table, m_rate, m_minFz);
+        saveOrRescue(m_options.output, [this, &samples](const QString& path, QString& reason) {
+            CaptureJournalReader rows;
+            if (!rows.open(m_journal->path())) {
+                reason = rows.errorString();
+                return false;
+            }
+            samples = rows.rowCount() - 1; // the segment's opening separator is no sample
+            CaptureFileWriter writer(rows, m_rate, m_minFz);
             const bool written = writer.save(path);
             reason = writer.errorString();
             return written;
         });
     if (!saved.ok() || saved.rescued()) {
         console().error(saved.message());
+        if (saved.ok())
+            m_journal->remove();
+        else
+            m_journal->close(); // offered back when the control panel next starts
         finishCapture(FileError);
         return;
     }
-    const auto samples = std::count_if(m_table.begin(), m_table.end(),
-                                       [](const CaptureRow& row) { return !row.isSeparator(); });
+    m_journal->remove();
     console().progress(aboutPlate(QStringLiteral("%1 samples saved in %2")
                                       .arg(samples)
                                       .arg(QDir::toNativeSeparators(saved.path))));

@@ -2,12 +2,12 @@
 
 #include "cli/PlateCommand.h"
 #include "device/PlateTypes.h"
-#include "measure/CaptureTable.h"
 #include "measure/SignalSet.h"
 
 #include <optional>
 
 namespace kx {
+class CaptureJournal;
 class Timer;
 } // namespace kx
 
@@ -21,7 +21,9 @@ namespace kx::cli {
 // However the capture ends (its time is up, Ctrl+C or SIGTERM, a fault the signals display
 // stops for), the rows captured so far are saved, and the plate gets back the resolution and
 // sampling frequency it had. A file that cannot be written is saved in the documents folder
-// instead, so that a capture is never lost.
+// instead, so that a capture is never lost. The rows go to a capture journal in the folder of
+// unsaved captures as they come, as in the signals display: a capture whose process is killed
+// is offered back when the control panel next starts.
 class CaptureCommand final : public PlateCommand {
     Q_OBJECT
 public:
@@ -41,6 +43,8 @@ public:
     CaptureCommand(Console& console, Clock& clock, PlateDriver& driver, Options options,
                    QObject* parent = nullptr);
 
+    bool waitsOnDisk() const override { return m_waitingOnDisk; }
+
 private:
     bool prepare() override;
     void run(PlateDevice& plate) override;
@@ -51,6 +55,7 @@ private:
     void TestDone(qint32 count, const QList<Float3>& forces, const QList<Float3>& volts);
     void showProgress();
     void save();
+    void writeFile();
     // The plate's settings put back, then the end; a failure to put them back is a device
     // error.
     void finishCapture(int exitCode);
@@ -61,7 +66,7 @@ private:
     float m_rate = 0; // Hz, read back once the capture starts
     std::optional<int> m_savedResolution;
     std::optional<float> m_savedFrequency;
-    CaptureTable m_table;
+    CaptureJournal* m_journal;
     Timer* m_progress;
     quint32 m_startTick = 0;
     qint32 m_samples = 0;
@@ -69,6 +74,7 @@ private:
     Float3 m_volts{};
     bool m_capturing = false;
     bool m_ending = false;
+    bool m_waitingOnDisk = false;
     int m_exitCode = 0;
 };
 

@@ -19,6 +19,9 @@ public:
     virtual void interrupt(int signal);
 
     bool isFinished() const { return m_finished; }
+    // Work off the clock is under way (a file written by its own thread): the event loop, not
+    // the clock, brings what comes next.
+    virtual bool waitsOnDisk() const { return false; }
     int exitCode() const { return m_exitCode; }
 
 Q_SIGNALS:

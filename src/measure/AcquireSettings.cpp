@@ -76,11 +76,15 @@ void AcquireSettings::save() const {
     SaveSettingString(kRoot, kKey, QStringLiteral("Min Autoscale Res"),
                       formatGeneral(minAutoscaleRes));
     SaveSettingLong(kRoot, kKey, QStringLiteral("AD Resolution"), adResolution);
-    SaveSettingString(kRoot, kKey, QStringLiteral("Last File Path"), lastFilePath);
+    saveLastFilePath(lastFilePath);
     SaveSettingString(kRoot, kKey, QStringLiteral("Chart Span (s)"),
                       formatGeneral(chartSpanSeconds));
     SaveSettingString(kRoot, kKey, QStringLiteral("Drift Chart Span (s)"),
                       formatGeneral(driftChartSpanSeconds));
+}
+
+void AcquireSettings::saveLastFilePath(const QString& folder) {
+    SaveSettingString(kRoot, kKey, QStringLiteral("Last File Path"), folder);
 }
 
 qint32 AcquireSettings::textPeriodMs() const {

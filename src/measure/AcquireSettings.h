@@ -27,6 +27,8 @@ struct AcquireSettings {
 
     static AcquireSettings load();
     void save() const;
+    // Writes "Last File Path" alone, for a capture saved without the dialog.
+    static void saveLastFilePath(const QString& folder);
 
     // The loaded-plate threshold in newtons: a sample is loaded while Fz is below it.
     float minFz() const { return static_cast<float>(minFzMilliNewtons) / 1000.0f; }

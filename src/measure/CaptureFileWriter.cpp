@@ -1,5 +1,8 @@
 #include "measure/CaptureFileWriter.h"
 
+#include "measure/BackgroundPriority.h"
+#include "measure/CaptureJournalReader.h"
+#include "measure/DiskSync.h"
 #include "support/NumberText.h"
 
 #include <QDir>
@@ -22,7 +25,7 @@ constexpr std::string_view kNoCentreOfPressure = ", NaN, NaN\r\n";
 constexpr int kDecimals = 6;
 
 // Rows are formatted in chunks of this many, several at once on helper threads.
-constexpr qint32 kChunkRows = 16 * 1024;
+constexpr qint64 kChunkRows = 16 * 1024;
 // A typical line is about 100 bytes; a chunk's text grows if its lines are longer.
 constexpr qsizetype kLineBytesGuess = 128;
 // The longest possible line: nine numbers, their separators and the line end.
@@ -41,8 +44,8 @@ char* appendValue(char* out, float value) {
 
 } // namespace
 
-CaptureFileWriter::CaptureFileWriter(const CaptureTable& table, float sampleFrequency, float minFz)
-    : m_table(table)
+CaptureFileWriter::CaptureFileWriter(CaptureJournalReader& rows, float sampleFrequency, float minFz)
+    : m_rows(rows)
     , m_sampleFrequency(sampleFrequency)
     , m_minFz(minFz) {}
 
@@ -70,23 +73,23 @@ char* CaptureFileWriter::appendRow(char* out, const CaptureRow& row, qint64& tim
 
 QByteArray CaptureFileWriter::format(const Chunk& chunk) const {
     QByteArray text;
-    text.resize((chunk.end - chunk.first) * kLineBytesGuess + kMaxLineBytes);
+    text.resize(qsizetype(chunk.rows.size()) * kLineBytesGuess + kMaxLineBytes);
     char* out = text.data();
     qint64 time = chunk.time;
-    for (auto row = m_table.begin() + chunk.first; row != m_table.begin() + chunk.end; ++row) {
+    for (const CaptureRow& row : chunk.rows) {
         if (text.size() - (out - text.data()) < kMaxLineBytes) {
             const qsizetype used = out - text.data();
             text.resize(2 * text.size());
             out = text.data() + used;
         }
-        out = appendRow(out, *row, time);
+        out = appendRow(out, row, time);
     }
     text.truncate(out - text.data());
     return text;
 }
 
 void CaptureFileWriter::reportProgress(qint64 rowsDone) {
-    const qint64 rows = m_table.rowCount();
+    const qint64 rows = m_rows.rowCount();
     const int percent = rows == 0 ? 100 : static_cast<int>(rowsDone * 100 / rows);
     if (percent == m_percent)
         return;
@@ -108,25 +111,38 @@ bool CaptureFileWriter::write(QIODevice& device) {
         return false;
 
     // Helper threads format the next chunks while this one writes the oldest, in order. A
-    // chunk's starting time counter comes from a quick look at the separators before it.
-    const qint32 rows = m_table.rowCount();
+    // chunk's starting time counter comes from a look at the separators before it.
+    const qint64 rows = m_rows.rowCount();
     const auto inFlight = std::clamp<std::size_t>(std::thread::hardware_concurrency(), 2, 8);
     std::deque<std::future<QByteArray>> pending;
-    qint32 next = 0;
+    qint64 read = 0;
     qint64 time = 0;
     const auto launch = [&] {
-        const Chunk chunk{next, std::min(rows - next, kChunkRows) + next, time};
-        for (auto row = m_table.begin() + chunk.first; row != m_table.begin() + chunk.end; ++row)
-            time = row->isSeparator() ? 0 : time + 1;
-        next = chunk.end;
+        Chunk chunk{std::vector<CaptureRow>(std::size_t(std::min(rows - read, kChunkRows))), time};
+        const qint64 got = m_rows.read(chunk.rows);
+        if (got != qint64(chunk.rows.size())) {
+            m_error = got < 0
+                          ? m_rows.errorString()
+                          : QStringLiteral("The capture journal holds fewer rows than it said.");
+            return false;
+        }
+        for (const CaptureRow& row : chunk.rows)
+            time = row.isSeparator() ? 0 : time + 1;
+        read += got;
         // Formats on this thread instead when no thread can be had.
         pending.push_back(std::async(std::launch::async | std::launch::deferred,
-                                     [this, chunk] { return format(chunk); }));
+                                     [this, chunk = std::move(chunk)] {
+                                         lowerThisThreadsPriority();
+                                         return format(chunk);
+                                     }));
+        return true;
     };
     qint64 written = 0;
-    while (next < rows || !pending.empty()) {
-        while (next < rows && pending.size() < inFlight)
-            launch();
+    while (read < rows || !pending.empty()) {
+        while (read < rows && pending.size() < inFlight) {
+            if (!launch())
+                return false;
+        }
         const QByteArray text = pending.front().get();
         pending.pop_front();
         if (!put(text.constData(), text.size()))
@@ -159,6 +175,7 @@ bool CaptureFileWriter::save(const QString& path) {
         return fail(file.errorString());
     if (!file.commit())
         return fail(file.errorString());
+    syncFolderOf(path);
     return true;
 }
 

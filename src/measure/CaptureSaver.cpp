@@ -1,7 +1,10 @@
 #include "measure/CaptureSaver.h"
 
+#include "measure/BackgroundPriority.h"
 #include "measure/CaptureFileWriter.h"
+#include "measure/CaptureJournalReader.h"
 
+#include <QDir>
 #include <QThread>
 
 namespace kx {
@@ -16,12 +19,20 @@ CaptureSaver::~CaptureSaver() {
     }
 }
 
-void CaptureSaver::start(const CaptureTable& table, const QString& path, float sampleFrequency,
+void CaptureSaver::start(const QString& journalPath, const QString& path, float sampleFrequency,
                          float minFz) {
     Q_ASSERT(!isRunning());
     m_result = std::make_shared<Result>();
-    m_thread.reset(QThread::create([this, &table, path, sampleFrequency, minFz, result = m_result] {
-        CaptureFileWriter writer(table, sampleFrequency, minFz);
+    m_thread.reset(QThread::create([this, journalPath, path, sampleFrequency, minFz,
+                                    result = m_result] {
+        lowerThisThreadsPriority();
+        CaptureJournalReader journal;
+        if (!journal.open(journalPath)) {
+            result->error = QStringLiteral("The capture journal %1 cannot be read: %2.")
+                                .arg(QDir::toNativeSeparators(journalPath), journal.errorString());
+            return;
+        }
+        CaptureFileWriter writer(journal, sampleFrequency, minFz);
         // Queued to this object's thread; dropped if this object is gone by then.
         writer.setProgressHandler([this](int percent) {
             QMetaObject::invokeMethod(
@@ -32,6 +43,11 @@ void CaptureSaver::start(const CaptureTable& table, const QString& path, float s
     }));
     connect(m_thread.get(), &QThread::finished, this, &CaptureSaver::onThreadFinished);
     m_thread->start();
+}
+
+void CaptureSaver::cancel() {
+    if (m_thread)
+        m_thread->requestInterruption();
 }
 
 void CaptureSaver::onThreadFinished() {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "measure/CaptureTable.h"
-
 #include <QObject>
 #include <QString>
 #include <memory>
@@ -10,13 +8,13 @@ class QThread;
 
 namespace kx {
 
-// Saves a capture table in the background, so that the window stays responsive while hours
-// of samples are written (see CaptureFileWriter for the file and for how a failed save
-// leaves the folder).
+// Writes the capture file of a capture journal in the background, so that the window stays
+// responsive while hours of samples are written (see CaptureFileWriter for the file and for
+// how a failed save leaves the folder).
 //
-// The table is read on a worker thread from start() until finished(): the caller keeps it
-// alive and unchanged until then (appends no rows, does not clear it). After a failed save
-// the table is still the caller's, whole, to be saved elsewhere.
+// The journal is read on a worker thread from start() until finished(): the caller appends
+// nothing to it until then. It is only read: after a failed save it is whole, to be saved
+// elsewhere.
 class CaptureSaver : public QObject {
     Q_OBJECT
 public:
@@ -24,9 +22,12 @@ public:
     // A save still running is stopped and its file not written.
     ~CaptureSaver() override;
 
-    // Starts writing `table` to `path`; returns at once. One save at a time.
-    void start(const CaptureTable& table, const QString& path, float sampleFrequency, float minFz);
+    // Starts writing the rows of the journal at `journalPath` to `path`; returns at once. One
+    // save at a time.
+    void start(const QString& journalPath, const QString& path, float sampleFrequency, float minFz);
     bool isRunning() const { return m_thread != nullptr; }
+    // Stops a save as soon as it can: it then finishes, failed, without its file.
+    void cancel();
 
 Q_SIGNALS:
     // Rows written so far, in percent; delivered on this object's thread.

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "device/PlateTypes.h"
-#include "measure/CaptureTable.h"
+#include "measure/CaptureRow.h"
 #include "measure/CentreOfPressure.h"
 #include "measure/SignalSet.h"
 

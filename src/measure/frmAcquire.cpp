@@ -1,9 +1,12 @@
 #include "measure/frmAcquire.h"
 
+#include "measure/CaptureFileDialog.h"
+#include "measure/CaptureJournal.h"
 #include "measure/CaptureSaver.h"
 #include "measure/CentreOfPressure.h"
 #include "measure/ChartRows.h"
 #include "measure/StripChart.h"
+#include "measure/UnsavedRowsQuestion.h"
 #include "resources/StringTable.h"
 #include "support/Clock.h"
 #include "support/Folders.h"
@@ -55,9 +58,6 @@ constexpr int CaptureStatusCaption = 300;
 constexpr int CaptureIsOff = 310;
 constexpr int CaptureIsOn = 311;
 constexpr int SignalsCaption = 400;
-constexpr int SaveTitle = 500;
-constexpr int SaveExtension = 510;
-constexpr int SaveFilter = 520;
 
 // Chart names of each signal set, and their smallest autoscale spans in units of
 // "Min Autoscale Res".
@@ -100,6 +100,7 @@ QString indexed(const char* name, int index) {
 
 frmAcquire::frmAcquire(const ToolContext& context, QWidget* parent)
     : ToolDialog(context, strings::AcquireBlock, parent)
+    , m_journal(new CaptureJournal(context.clock, this))
     , m_saver(new CaptureSaver(this))
     , m_blockWait(context.clock.createTimer(this))
     , m_testTimer(context.clock.createTimer(this)) {
@@ -313,6 +314,7 @@ void frmAcquire::connectControls() {
     connect(m_blockWait, &Timer::timeout, this, &frmAcquire::leaveAfterBlock);
     connect(m_saver, &CaptureSaver::progress, prgSave, &QProgressBar::setValue);
     connect(m_saver, &CaptureSaver::finished, this, &frmAcquire::saveFinished);
+    connect(m_journal, &CaptureJournal::failed, this, &frmAcquire::journalFailed);
 
     setDeviceErrorActions({
         .stop = [this] { stopAcquisition(); },
@@ -347,7 +349,6 @@ void frmAcquire::open(PlateDevice& plate) {
     m_minFz = m_settings.minFz();
     m_textPeriodMs = m_settings.textPeriodMs();
     runDevice([&] { plate.SetResolution(m_settings.adResolution); });
-    m_table.clear();
     m_display = m_capture = m_drift = false;
     for (StripChart* chart : KXIStripChart)
         chart->setRefreshInterval(m_settings.graphPeriodMs());
@@ -382,7 +383,8 @@ void frmAcquire::setChartRate(float pointsPerSecond) {
 }
 
 void frmAcquire::unloading() {
-    // A save still writing is abandoned: its file never appears, and the table goes below.
+    // A save still writing is abandoned: its file never appears, and the journal stays for
+    // the next start to offer.
     if (m_saver->isRunning()) {
         delete m_saver;
         m_saver = nullptr;
@@ -392,7 +394,11 @@ void frmAcquire::unloading() {
     // Only the display is switched off here: a drift recording goes on, as it always has.
     if (m_display)
         cmdDisplay_Click();
-    m_table.clear();
+    // Rows not saved stay on the disk, to be offered at the next start.
+    if (m_journal->rowCount() == 0)
+        m_journal->remove();
+    else
+        m_journal->close();
     if (device())
         m_settings.save();
 }
@@ -405,7 +411,8 @@ void frmAcquire::cmdDisplay_Click() {
         const bool started = runDevice([&] {
             plate->FlushData();
             plate->CalibrateSelf();
-            setChartRate(plate->SampleFrequency(Which::Current));
+            m_sampleRate = plate->SampleFrequency(Which::Current);
+            setChartRate(m_sampleRate);
             plate->StartAcquisition(true, false, true, false, true);
         });
         if (!started)
@@ -438,8 +445,13 @@ void frmAcquire::cmdCapture_Click() {
     if (!plate)
         return;
     if (!m_capture) {
-        if (!m_drift && !runDevice([plate] { plate->StartCapture(true); }))
+        if (!openJournal())
             return;
+        if (!m_drift) {
+            if (!runDevice([plate] { plate->StartCapture(true); }))
+                return;
+            m_journal->beginSegment();
+        }
         m_capture = true;
         m_captureStart = clock().tickCount();
         cmdCapture->setText(text(CaptureOffCaption));
@@ -450,12 +462,32 @@ void frmAcquire::cmdCapture_Click() {
     endCapture();
 }
 
+bool frmAcquire::openJournal() {
+    if (m_journal->isOpen() && !m_journal->hasFailed())
+        return true;
+    QString error = m_journal->errorString();
+    if (!m_journal->hasFailed()) {
+        CaptureJournalHeader header{{},           m_displayType, m_drift,
+                                    m_sampleRate, m_minFz,       clock().currentDateTime()};
+        if (!runDevice([&] { header.plateSerial = device()->SerialNumber(); }))
+            return false;
+        if (m_journal->create(UnsavedCapturesFolder(), header))
+            return true;
+        error = m_journal->errorString();
+    }
+    prompt().critical(strings::text(a::JournalNotCreated).arg(error));
+    return false;
+}
+
 bool frmAcquire::endCapture() {
     bool blockOwed = false;
+    m_captureEnd = clock().tickCount();
     if (m_drift) {
         if (!m_saving)
-            m_table.appendSeparator();
+            m_journal->appendSeparator();
+        showCaptureTotal(m_journal->rowCount());
     } else if (PlateDevice* plate = device()) {
+        m_journal->endSegment();
         blockOwed = runDevice([plate] { plate->StopCapture(); });
     }
     m_capture = false;
@@ -463,6 +495,12 @@ bool frmAcquire::endCapture() {
     lblCapture->setText(text(CaptureIsOff));
     setTraceColor(Green);
     return blockOwed;
+}
+
+void frmAcquire::journalFailed(const QString& error, qint64 rowsKept) {
+    if (m_capture)
+        endCapture();
+    prompt().critical(strings::text(a::JournalFailed).arg(error).arg(rowsKept));
 }
 
 void frmAcquire::setTraceColor(const QColor& color) {
@@ -482,6 +520,7 @@ void frmAcquire::cmdDrift_Click() {
         });
         if (!started)
             return;
+        m_sampleRate = rate;
         const qint32 samplesPerPoint = DriftAccumulator::samplesPerPointFor(rate);
         // The display counted its samples here too: the first point starts from nothing.
         m_accumulator.reset();
@@ -555,10 +594,12 @@ void frmAcquire::ForcesIn(qint32 sampleNumber, const Float3& forces, const Float
             if (!plot(point->chartValues(m_displayType)))
                 return;
             if (m_capture && !m_saving)
-                m_table.append(point->captureRow());
+                m_journal->append(point->captureRow());
         }
     } else {
         m_accumulator.countSample();
+        if (m_capture && !m_saving)
+            m_journal->appendSample(forces, volts);
         if (!plot(chartValues(m_displayType, forces, volts, centreOfPressure(forces, m_minFz))))
             return;
     }
@@ -597,10 +638,8 @@ void frmAcquire::refreshStatus(qint32 sampleNumber) {
     m_lastText = now;
     const double elapsed = static_cast<double>(quint32(now - m_captureStart)) + 1.0;
     if (m_capture) {
-        const qint32 count = m_drift ? m_table.rowCount() : sampleNumber;
-        lblTime->setText(m_seconds.format(elapsed / 1000.0));
-        lblSample->setText(QString::number(count));
-        lblFreq->setText(m_hertz.format(static_cast<double>(count) * 1000.0 / elapsed));
+        const qint64 count = m_drift ? m_journal->rowCount() : sampleNumber;
+        showCaptureStatus(count, elapsed / 1000.0, elapsed);
     }
     if (lblError->isVisible())
         lblError->hide();
@@ -611,11 +650,28 @@ void frmAcquire::refreshStatus(qint32 sampleNumber) {
     }
 }
 
+void frmAcquire::showCaptureStatus(qint64 rows, double seconds, double elapsedMs) {
+    lblTime->setText(m_seconds.format(seconds));
+    lblSample->setText(QString::number(rows));
+    lblFreq->setText(m_hertz.format(static_cast<double>(rows) * 1000.0 / elapsedMs));
+}
+
+void frmAcquire::showCaptureTotal(qint64 rows) {
+    // The texts last shown may be a text period old. A segment the plate recorded ends, in
+    // the file, at its last row's time; drift rows are a second apart whatever the file says.
+    const double elapsed = static_cast<double>(quint32(m_captureEnd - m_captureStart)) + 1.0;
+    const double seconds =
+        m_drift || m_sampleRate <= 0 ? elapsed / 1000.0 : static_cast<double>(rows) / m_sampleRate;
+    showCaptureStatus(rows, seconds, elapsed);
+}
+
 void frmAcquire::TestDone(qint32, const QList<Float3>& forces, const QList<Float3>& volts) {
-    // While a save reads the table it must not change; a block arriving then is not kept.
-    if (m_drift || m_saving)
+    // While a save reads the journal it must not change; a block arriving then is not kept.
+    if (m_drift || m_saving || (!m_journal->isOpen() && !openJournal()))
         return;
-    m_table.appendBlock(forces, volts, m_minFz);
+    m_journal->takeBlock(forces, volts);
+    if (!m_journal->hasFailed())
+        showCaptureTotal(std::min(forces.size(), volts.size()));
     if (m_blockWait->isEnabled())
         leaveAfterBlock();
 }
@@ -660,8 +716,9 @@ void frmAcquire::closeEvent(QCloseEvent* event) {
         return;
     }
     // The title-bar button leaves like cmdOK: captured rows are saved first, and a cancelled
-    // save keeps the window with its table.
-    if (m_table.rowCount() > 0 || m_capture) {
+    // save keeps the window with its rows. A capture on has its rows from Capture ON: a drift
+    // capture's first point is a second away, and leaving before it loses nothing.
+    if (m_journal->rowCount() > 0) {
         event->ignore();
         cmdOK_Click();
         return;
@@ -688,40 +745,40 @@ void frmAcquire::leaveAfterBlock() {
 }
 
 void frmAcquire::saveAndLeave() {
-    if (m_table.rowCount() > 0) {
-        askAndSave();
-        return;
+    const qint64 rows = m_journal->rowCount();
+    if (rows > 0) {
+        const UnsavedRowsAnswer answer = askAboutUnsavedRows(
+            prompt(), strings::text(a::SaveBeforeClosing).arg(rows), rows, false);
+        if (answer == UnsavedRowsAnswer::Save) {
+            askAndSave();
+            return;
+        }
+        m_journal->remove();
     }
     done(QDialog::Accepted);
 }
 
 void frmAcquire::askAndSave() {
-    const FileDialogRequest request{
-        .title = text(SaveTitle),
-        .filter = text(SaveFilter),
-        .filterIndex = 2,
-        .defaultExtension = text(SaveExtension),
-        .initialFolder = m_settings.lastFilePath,
-        .fileName = {},
-        .overwritePrompt = true,
-        .pathMustExist = true,
-        .fileMustExist = false,
-        .hideReadOnly = true,
-        .noReadOnlyReturn = true,
-    };
-    const std::optional<QString> chosen = prompt().saveFileName(request);
+    const std::optional<QString> chosen =
+        prompt().saveFileName(captureFileDialog(m_settings.lastFilePath));
     if (!chosen)
-        return; // cancelled: nothing written, the dialog stays with its table
+        return; // cancelled: nothing written, the dialog stays with its rows
     const QString path = chosen->trimmed();
     m_settings.lastFilePath = FolderOfPath(path);
-    float rate = 0;
-    if (!device() || !runDevice([&] { rate = device()->SampleFrequency(Which::Current); }))
+    // An unplugged plate cannot be asked: its frequency is the one the capture began with.
+    float rate = m_journal->header().sampleFrequency;
+    if (device() && !deviceRemoved() &&
+        !runDevice([&] { rate = device()->SampleFrequency(Which::Current); }))
         return;
     m_saving = true;
     m_buttons->setEnabled(false);
     prgSave->setValue(0);
     prgSave->show();
-    m_saver->start(m_table, path, rate, m_minFz);
+    // The last second's rows first reach the disk; the save reads the journal from there.
+    m_journal->whenWritten([this, path, rate] {
+        if (m_saver)
+            m_saver->start(m_journal->path(), path, rate, m_minFz);
+    });
 }
 
 void frmAcquire::saveFinished(bool ok, const QString& error) {
@@ -729,10 +786,11 @@ void frmAcquire::saveFinished(bool ok, const QString& error) {
     prgSave->hide();
     m_buttons->setEnabled(true);
     if (ok) {
+        m_journal->remove();
         done(QDialog::Accepted);
         return;
     }
-    // The table is whole: offer another place.
+    // The journal is whole: offer another place.
     prompt().critical(error);
     askAndSave();
 }

@@ -2,7 +2,6 @@
 
 #include "device/ToolDialog.h"
 #include "measure/AcquireSettings.h"
-#include "measure/CaptureTable.h"
 #include "measure/DriftAccumulator.h"
 #include "measure/SignalSet.h"
 #include "measure/TestSignal.h"
@@ -20,14 +19,16 @@ class QRadioButton;
 
 namespace kx {
 
+class CaptureJournal;
 class CaptureSaver;
 class StripChart;
 class Timer;
 
 // "Real Time Signals Display and Data Acquisition": three signals of the plate on three
 // stacked strip charts as the samples arrive, with a cursor read-out; capture of the samples
-// to a text file written when the dialog is left through cmdOK; drift mode, which averages the
-// samples into one point a second for long recordings; and a chart self-test.
+// into a journal on the disk (CaptureJournal), saved as a text file when the dialog is left
+// through cmdOK; drift mode, which averages the samples into one point a second for long
+// recordings; and a chart self-test.
 class frmAcquire : public ToolDialog {
     Q_OBJECT
 public:
@@ -41,7 +42,8 @@ public:
     bool capturing() const { return m_capture; }
     bool drifting() const { return m_drift; }
     DisplayType displayType() const { return m_displayType; }
-    const CaptureTable& captureTable() const { return m_table; }
+    // The captured rows, on their way to the disk.
+    CaptureJournal& journal() const { return *m_journal; }
     bool saving() const { return m_saving; }
     bool testRunning() const { return m_test.has_value(); }
 
@@ -99,8 +101,14 @@ private:
 
     void cmdDisplay_Click();
     void cmdCapture_Click();
+    // The journal the capture goes to, made when the first capture begins; false, told to the
+    // user, when it cannot be written.
+    bool openJournal();
     // Capture OFF; true when the plate owes the dialog the block it recorded.
     bool endCapture();
+    // The status texts at the end of a capture, for its `rows` rows: what the file will hold.
+    void showCaptureTotal(qint64 rows);
+    void journalFailed(const QString& error, qint64 rowsKept);
     void cmdDrift_Click();
     void cmdTest_Click();
     void cmdOK_Click();
@@ -116,6 +124,7 @@ private:
     bool plot(const ChartValues& values);
     void arithmeticError();
     void refreshStatus(qint32 sampleNumber);
+    void showCaptureStatus(qint64 rows, double seconds, double elapsedMs);
     void cursorMove(int index, float x, float y, bool valid, float value);
     void clearCursor();
     const NumberFormat& valueFormat() const;
@@ -135,10 +144,12 @@ private:
     bool m_capture = false;
     bool m_drift = false;
     quint32 m_captureStart = 0;
+    quint32 m_captureEnd = 0;
+    float m_sampleRate = 0; // Hz, read when the display or drift began
     quint32 m_lastText = 0;
     int m_cursorChart = 0; // 0: none, k: chart k - 1
     DriftAccumulator m_accumulator;
-    CaptureTable m_table;
+    CaptureJournal* m_journal;
     CaptureSaver* m_saver;
     bool m_saving = false;
     Timer* m_blockWait; // running while cmdOK waits for the last capture's block

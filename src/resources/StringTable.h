@@ -63,6 +63,18 @@ inline constexpr int NotAvailable = 4231;     // lblData when the cursor has no 
 inline constexpr int CaptureTime = 4320;      // caption of lblTime
 inline constexpr int CaptureSamples = 4330;   // caption of lblSample
 inline constexpr int CaptureFrequency = 4340; // caption of lblFreq
+// Captured rows that are not saved: leaving the window, and the offer of a capture a crash left
+inline constexpr int SaveBeforeClosing = 4600;
+inline constexpr int Save = 4601;
+inline constexpr int Discard = 4602;
+inline constexpr int Later = 4603;
+inline constexpr int Keep = 4604;
+inline constexpr int ConfirmDiscard = 4610;
+inline constexpr int UnsavedCapture = 4620;
+inline constexpr int UnsavedCaptureUnreadable = 4621;
+inline constexpr int SavingCapture = 4622; // progress of the offered capture's save
+inline constexpr int JournalFailed = 4630;     // the disk refused rows: the capture stops
+inline constexpr int JournalNotCreated = 4631; // the capture cannot start
 } // namespace acquire
 
 namespace noise {

@@ -25,9 +25,11 @@ QString fileLocationsHelp() {
                           "Quentral/Plate Control Panel)\n"
                           "  Captures and noise-test results:  %2\n"
                           "    moved by KX_DOCUMENTS\n"
-                          "  Unsaved calibration work, kept until it is saved:  %3\n"
-                          "    moved by KX_USER_DATA\n")
-               .arg(IniFile::sharedProfile().path(), DocumentsFolder(), UserDataFolder());
+                          "  Unsaved calibration work, kept until it is saved:  %3/Recovery\n"
+                          "  Captures not yet saved:  %4\n"
+                          "    both moved by KX_USER_DATA\n")
+               .arg(IniFile::sharedProfile().path(), DocumentsFolder(), UserDataFolder(),
+                    UnsavedCapturesFolder());
 }
 
 } // namespace kx

@@ -88,4 +88,8 @@ QString UserDataFolder() {
                           QLatin1String(ProfileSubfolder));
 }
 
+QString UnsavedCapturesFolder() {
+    return UserDataFolder() + QStringLiteral("/Unsaved Captures");
+}
+
 } // namespace kx

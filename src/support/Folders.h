@@ -54,4 +54,7 @@ QString DocumentsFolder();
 // (~/.local/share/Quentral/Plate Control Panel).
 QString UserDataFolder();
 
+// Where captures wait on the disk until they are saved: UserDataFolder() + "/Unsaved Captures".
+QString UnsavedCapturesFolder();
+
 } // namespace kx

@@ -9,6 +9,7 @@
 #include <QFile>
 #include <QList>
 #include <QStringList>
+#include <QStringTokenizer>
 #include <optional>
 #include <utility>
 
@@ -52,12 +53,15 @@ struct IniText {
     }
 };
 
-// The file's lines; nothing when it cannot be read.
-std::optional<IniText> readLines(const QString& path) {
+// The file's bytes; nothing when it cannot be read.
+std::optional<QByteArray> readBytes(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
-    const QByteArray bytes = file.readAll();
+    return file.readAll();
+}
+
+IniText linesOf(const QByteArray& bytes) {
     IniText ini;
     if (bytes.contains("\r\n"))
         ini.lineEnd = "\r\n";
@@ -132,15 +136,28 @@ QString IniFile::value(const QString& section, const QString& key,
                        const QString& defaultText) const {
     if (const auto kept = UnsavedSettings::instance().kept(m_path, section, key))
         return valueText(std::get<QString>(*kept));
-    if (const std::optional<IniText> ini = readLines(m_path)) {
-        if (const auto body = findSection(ini->lines, section)) {
-            for (qsizetype i = body->first; i < body->second; ++i) {
-                const QStringView line = ini->lines[i];
-                const std::optional<QStringView> name = keyName(line);
-                if (name && sameName(*name, key))
-                    return valueText(line.sliced(line.indexOf(u'=') + 1));
-            }
+    return valueIn(readBytes(m_path).value_or(QByteArray()), section, key, defaultText);
+}
+
+QString IniFile::valueIn(const QByteArray& bytes, const QString& section, const QString& key,
+                         const QString& defaultText) {
+    // Read line by line in place: a profile is read once for every key a dialog loads, and
+    // splitting it into lists of lines each time cost more than the reading.
+    const QString text = QString::fromLocal8Bit(bytes);
+    bool inSection = false;
+    for (QStringView line : QStringTokenizer(text, u'\n')) {
+        if (line.endsWith(u'\r'))
+            line.chop(1);
+        if (const std::optional<QStringView> name = sectionName(line)) {
+            if (inSection)
+                break; // only the first section of that name counts
+            inSection = sameName(*name, section);
+            continue;
         }
+        const std::optional<QStringView> name = inSection ? keyName(line) : std::nullopt;
+        if (!name || !sameName(*name, key))
+            continue;
+        return valueText(line.sliced(line.indexOf(u'=') + 1));
     }
     QStringView fallback = defaultText;
     while (fallback.endsWith(u' ') || fallback.endsWith(u'\t'))
@@ -164,15 +181,20 @@ UnsavedSettings::Writer IniFile::keptWriter() const {
 }
 
 SaveResult IniFile::write(const QString& section, const QString& key, const QString& text) const {
-    IniText ini;
+    QByteArray bytes;
     if (QFile::exists(m_path)) {
-        std::optional<IniText> existing = readLines(m_path);
+        std::optional<QByteArray> existing = readBytes(m_path);
         if (!existing)
             return {QStringLiteral("The profile %1 cannot be read, so it is left as it is.")
                         .arg(QDir::toNativeSeparators(m_path))}; // never replace what was not read
-        ini = std::move(*existing);
+        bytes = std::move(*existing);
     }
+    return saveAtomically(m_path, withValue(bytes, section, key, text));
+}
 
+QByteArray IniFile::withValue(const QByteArray& bytes, const QString& section, const QString& key,
+                              const QString& text) {
+    IniText ini = linesOf(bytes);
     if (const auto body = findSection(ini.lines, section)) {
         qsizetype insertAt = body->first;
         for (qsizetype i = body->first; i < body->second; ++i) {
@@ -191,8 +213,7 @@ SaveResult IniFile::write(const QString& section, const QString& key, const QStr
         ini.insertLine(ini.raw.size(), u'[' + section + u']');
         ini.insertLine(ini.raw.size(), key + u'=' + text);
     }
-
-    return saveAtomically(m_path, ini.bytes());
+    return ini.bytes();
 }
 
 } // namespace kx

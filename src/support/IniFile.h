@@ -34,6 +34,13 @@ public:
     // Writes the values whose writes failed again.
     SaveResult retryUnsaved() const;
 
+    // The same on a file's bytes, for a caller that holds them: the value read from `bytes`,
+    // and the bytes with `key` set to `text` (empty bytes are a file to be made).
+    static QString valueIn(const QByteArray& bytes, const QString& section, const QString& key,
+                           const QString& defaultText);
+    static QByteArray withValue(const QByteArray& bytes, const QString& section, const QString& key,
+                                const QString& text);
+
 private:
     // The value written into the file as it is now.
     SaveResult write(const QString& section, const QString& key, const QString& text) const;

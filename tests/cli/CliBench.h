@@ -1,5 +1,6 @@
 #pragma once
 
+#include "EventsUntil.h"
 #include "PrintQString.h"
 #include "TempEnvironment.h"
 #include "cli/Command.h"
@@ -26,14 +27,19 @@ protected:
     }
 
     // Starts the command and moves the clock on in steps of 100 ms until it ends, or until
-    // `untilMs` when given; the exit status, or -1 while it still runs.
+    // `untilMs` when given, letting a file that is being written reach the disk between steps;
+    // the exit status, or -1 while it still runs.
     int run(cli::Command& command, qint64 untilMs = 24 * 3600 * 1000) {
         command.start();
         return advance(command, untilMs);
     }
     int advance(cli::Command& command, qint64 ms) {
-        for (qint64 elapsed = 0; elapsed < ms && !command.isFinished(); elapsed += 100)
+        for (qint64 elapsed = 0; elapsed < ms && !command.isFinished(); elapsed += 100) {
             clock.advance(100);
+            if (command.waitsOnDisk()) {
+                EXPECT_TRUE(eventsUntil([&command] { return !command.waitsOnDisk(); }));
+            }
+        }
         return command.isFinished() ? command.exitCode() : -1;
     }
 

@@ -6,6 +6,9 @@
 #include "cli/ListCommand.h"
 #include "cli/NoiseCommand.h"
 #include "cli/ZeroCommand.h"
+#include "measure/CaptureJournal.h"
+#include "measure/CaptureJournalReader.h"
+#include "support/Folders.h"
 
 #include <QDir>
 #include <QJsonArray>
@@ -23,6 +26,10 @@ using cli::NoiseCommand;
 using cli::ZeroCommand;
 
 using CliCommands = CliBench;
+
+QStringList unsavedCaptures() {
+    return CaptureJournal::journalsIn(UnsavedCapturesFolder());
+}
 
 // Data rows of a capture file: all but the header and the "%NaN" separators.
 qsizetype dataRows(const QList<QByteArray>& lines) {
@@ -48,6 +55,7 @@ TEST_F(CliCommands, CaptureRunsAtItsFrequencyAndGivesThePlateItsSettingsBack) {
     EXPECT_EQ(plate.SampleFrequency(Which::Current), 100.0f);
     const QList<QByteArray> rows = lines(file);
     EXPECT_NEAR(double(dataRows(rows)), 500.0, 1.0);
+    EXPECT_TRUE(unsavedCaptures().isEmpty()) << "the journal goes once its file is saved";
     EXPECT_TRUE(rows[2].startsWith("0.004000, ")) << rows[2].toStdString();
     EXPECT_TRUE(errorLines().isEmpty());
 }
@@ -61,6 +69,15 @@ TEST_F(CliCommands, AnInterruptedCaptureSavesWhatItHasAndRestoresThePlate) {
                             .signalSet = {},
                             .output = file});
     EXPECT_EQ(run(capture, 1000 + 3000), -1);
+    // Seconds in, the rows handed to the disk each second (a second's at least, half of them
+    // more than enough) reach it, where the control panel would offer them back were the process
+    // killed now.
+    const QStringList journals = unsavedCaptures();
+    ASSERT_EQ(journals.size(), 1);
+    CaptureJournalReader journal;
+    ASSERT_TRUE(eventsUntil([&] { return journal.open(journals[0]) && journal.rowCount() > 100; }))
+        << journal.rowCount();
+    EXPECT_EQ(journal.header().plateSerial, QStringLiteral("20418"));
     capture.interrupt(SIGINT);
     EXPECT_EQ(advance(capture, 5000), 128 + SIGINT);
     EXPECT_NEAR(double(dataRows(lines(file))), 600.0, 2.0);

@@ -1,13 +1,16 @@
 #pragma once
 
 #include "DialogFixture.h"
+#include "EventsUntil.h"
+#include "measure/CaptureJournal.h"
+#include "measure/CaptureJournalReader.h"
 #include "measure/StripChart.h"
 #include "measure/frmAcquire.h"
+#include "support/Folders.h"
 #include "support/Settings.h"
 #include "support/SettingsKeys.h"
 
 #include <QCoreApplication>
-#include <QDeadlineTimer>
 #include <QLabel>
 #include <QPushButton>
 #include <QRadioButton>
@@ -44,14 +47,22 @@ protected:
 
     StripChart& chart(int i) const { return *dialog->KXIStripChart[static_cast<std::size_t>(i)]; }
 
-    // Runs the event loop until the background save is over. A save that never ends fails
-    // the test instead of hanging it; the minute is a guard, far above any real save here.
     void waitForSave() {
-        const QDeadlineTimer guard(std::chrono::minutes(1));
-        while (dialog->saving() && !guard.hasExpired())
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 50);
-        ASSERT_FALSE(dialog->saving()) << "the capture save hangs";
+        ASSERT_TRUE(eventsUntil([this] { return !dialog->saving(); })) << "the save hangs";
     }
+    // The rows the dialog's journal holds, once on the disk.
+    std::vector<CaptureRow> journalRows() {
+        bool written = false;
+        dialog->journal().whenWritten([&written] { written = true; });
+        EXPECT_TRUE(eventsUntil([&written] { return written; }));
+        CaptureJournalReader reader;
+        EXPECT_TRUE(reader.open(dialog->journal().path()));
+        std::vector<CaptureRow> rows(std::size_t(reader.rowCount()));
+        EXPECT_EQ(reader.read(rows), reader.rowCount());
+        return rows;
+    }
+    // The journals in the user's data folder.
+    static QStringList journals() { return CaptureJournal::journalsIn(UnsavedCapturesFolder()); }
 
     SimPlate& plate = openDefaultPlates();
     int samples = 0;

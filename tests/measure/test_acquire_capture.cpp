@@ -1,4 +1,6 @@
 #include "AcquireFixture.h"
+#include "FileSizeLimit.h"
+#include "PrintQString.h"
 #include "resources/StringTable.h"
 
 #include <QDir>
@@ -64,7 +66,7 @@ TEST_F(AcquireCapture, SegmentsReachTheFileAndStatusTextsWaitMoreThanATextPeriod
     unload();
     clock.advance(1000);
     capture(200); // unloads
-    ASSERT_EQ(dialog->captureTable().rowCount(), 1 + 300 + 1 + 200);
+    ASSERT_EQ(dialog->journal().rowCount(), 1 + 300 + 1 + 200);
 
     const QString file = path("run.txt");
     saveAs(QStringLiteral("  ") + file + QStringLiteral(" "));
@@ -111,8 +113,9 @@ TEST_F(AcquireCapture, CancelledOrFailedSavesKeepTheDialogAndItsTable) {
     ASSERT_EQ(prompt.messages.size(), 1);
     EXPECT_EQ(prompt.dialogs.size(), 3u) << "the file dialog is offered again after the failure";
     EXPECT_TRUE(dialog->isVisible());
-    EXPECT_EQ(dialog->captureTable().rowCount(), 251);
+    EXPECT_EQ(dialog->journal().rowCount(), 251);
     EXPECT_TRUE(dialog->cmdOK->isEnabled());
+    EXPECT_EQ(journals().size(), 1) << "a cancelled or failed save keeps the journal";
 
     const QString good = path("second try.txt");
     prompt.fileAnswers.push_back(good);
@@ -122,6 +125,7 @@ TEST_F(AcquireCapture, CancelledOrFailedSavesKeepTheDialogAndItsTable) {
     EXPECT_EQ(lines(good).size(), 1 + 251);
     EXPECT_EQ(QDir(folder()).entryList(QDir::Files), QStringList{QStringLiteral("second try.txt")})
         << "no temporary file left behind";
+    EXPECT_TRUE(journals().isEmpty()) << "the journal goes once its capture is saved";
 }
 
 // However a capture is ended, by Display OFF or by leaving the dialog, it ends as Capture OFF
@@ -149,7 +153,7 @@ TEST_F(AcquireCapture, EndingTheDisplayOrLeavingDuringACaptureKeepsItsSegment) {
         EXPECT_EQ(chart(0).TraceColor(), QColor(0, 255, 0));
         EXPECT_TRUE(dialog->isVisible()) << "the block is still on its way";
         clock.settle();
-        EXPECT_EQ(dialog->captureTable().rowCount(), 1 + 300);
+        EXPECT_EQ(dialog->journal().rowCount(), 1 + 300);
         if (!dialog->saving())
             dialog->cmdOK->click();
         waitForSave();
@@ -159,7 +163,7 @@ TEST_F(AcquireCapture, EndingTheDisplayOrLeavingDuringACaptureKeepsItsSegment) {
 }
 
 // A library that never hands the block back holds the dialog for two seconds, not for ever:
-// then what the table holds is saved.
+// then what the journal holds, the rows taken live of the last capture included, is saved.
 TEST_F(AcquireCapture, ABlockThatNeverComesDelaysTheSaveTwoSeconds) {
     open();
     dialog->cmdDisplay->click();
@@ -176,7 +180,119 @@ TEST_F(AcquireCapture, ABlockThatNeverComesDelaysTheSaveTwoSeconds) {
     clock.advance(1);
     waitForSave();
     EXPECT_FALSE(dialog->isVisible());
-    EXPECT_EQ(lines(file).size(), 1 + 101);
+    EXPECT_EQ(lines(file).size(), 1 + 101 + 1 + 50);
+}
+
+// The status texts lag up to a text period behind the samples; when a capture ends they show
+// what the file will hold: its rows, and the time of its last row.
+TEST_F(AcquireCapture, TheCountAtCaptureOffIsTheFiles) {
+    open(100);
+    dialog->cmdDisplay->click();
+    clock.advance(300);
+    dialog->cmdCapture->click();
+    clock.advance(4865);
+    dialog->cmdCapture->click();
+    EXPECT_NE(dialog->lblSample->text(), "486") << "until the plate hands its recording over";
+    clock.settle();
+    const QString file = path("count.txt");
+    saveAs(file);
+    const QStringList got = lines(file);
+    ASSERT_EQ(got.size(), 1 + 1 + 486);
+    EXPECT_EQ(dialog->lblSample->text(), "486");
+    EXPECT_TRUE(got.last().startsWith("4.860000, ")) << got.last().toStdString();
+    EXPECT_EQ(dialog->lblTime->text(), "4.86 s");
+    // 486 samples over the 4865 ms (+ 1) the capture ran.
+    EXPECT_EQ(dialog->lblFreq->text(), "99.88 Hz");
+}
+
+// Leaving with rows asks first: Save (Enter and Esc, as leaving always saved) or Discard,
+// which is asked again; only a second Discard lets the rows go.
+TEST_F(AcquireCapture, LeavingAsksToSaveOrToDiscardTwice) {
+    open();
+    dialog->cmdDisplay->click();
+    capture(100);
+    ASSERT_EQ(journals().size(), 1);
+
+    prompt.answers = {1, 1}; // Discard, then Keep: the first question again, Esc: Save
+    dialog->cmdOK->click();
+    ASSERT_EQ(prompt.questions.size(), 3u);
+    const Question& leave = prompt.questions[0];
+    EXPECT_EQ(leave.text, "Save the 101 captured rows before the window closes?");
+    EXPECT_EQ(leave.choices, (QStringList{"&Save", "&Discard"}));
+    EXPECT_EQ(leave.defaultChoice, 0);
+    EXPECT_EQ(leave.escapeChoice, 0);
+    const Question& again = prompt.questions[1];
+    EXPECT_EQ(again.text, "Discard the 101 captured rows? They cannot be brought back.");
+    EXPECT_EQ(again.choices, (QStringList{"&Discard", "&Keep"}));
+    EXPECT_EQ(again.defaultChoice, 1);
+    EXPECT_EQ(again.escapeChoice, 1);
+    EXPECT_EQ(prompt.questions[2].text, leave.text);
+    EXPECT_EQ(prompt.dialogs.size(), 1u) << "Save opened the file dialog, cancelled";
+    EXPECT_TRUE(dialog->isVisible());
+    EXPECT_EQ(journals().size(), 1);
+
+    prompt.answers = {1, 0}; // Discard, Discard
+    dialog->cmdOK->click();
+    EXPECT_EQ(prompt.dialogs.size(), 1u);
+    EXPECT_EQ(unloads, 1);
+    EXPECT_TRUE(journals().isEmpty());
+    EXPECT_TRUE(QDir(folder()).entryList(QDir::Files).isEmpty());
+}
+
+// A plate unplugged mid-capture closes the dialog; the rows taken until then wait on the disk
+// for the next start.
+TEST_F(AcquireCapture, AnUnpluggedPlateLeavesItsCaptureOnTheDisk) {
+    open();
+    dialog->cmdDisplay->click();
+    dialog->cmdCapture->click();
+    clock.advance(300);
+    driver.unplug(QStringLiteral("20418"));
+    clock.advance(500);
+    EXPECT_EQ(unloads, 1);
+    const QStringList left = journals();
+    ASSERT_EQ(left.size(), 1);
+    CaptureJournalReader reader;
+    ASSERT_TRUE(reader.open(left[0]));
+    EXPECT_EQ(reader.rowCount(), 1 + 300);
+    EXPECT_EQ(reader.header().plateSerial, "20418");
+    EXPECT_EQ(reader.header().started, clock.currentDateTime().addMSecs(-800));
+}
+
+// A disk that fills during a capture stops it with a message; the rows written before are
+// saved as usual, once there is room again, and no new capture starts on that journal.
+TEST_F(AcquireCapture, AFullDiskStopsTheCaptureAndKeepsItsRows) {
+    open();
+    dialog->cmdDisplay->click();
+    dialog->cmdCapture->click();
+    clock.advance(1500);
+    // Every row so far on the disk, the writer idle again.
+    const auto kept = qint64(journalRows().size());
+    const QString journal = dialog->journal().path();
+    {
+        const FileSizeLimit limit(rlim_t(QFileInfo(journal).size() + 1000));
+        clock.advance(1000);
+        ASSERT_TRUE(eventsUntil([this] { return !dialog->capturing(); }));
+    }
+    ASSERT_EQ(prompt.messages.size(), 1);
+    EXPECT_TRUE(prompt.messages[0].startsWith(
+        "The capture was stopped: its rows cannot be written to the disk.\n\n"));
+    EXPECT_TRUE(prompt.messages[0].endsWith(
+        QString("\n\nThe %1 rows written until then are kept, and are saved as usual when the "
+                "window closes.")
+            .arg(kept)));
+    EXPECT_EQ(dialog->cmdCapture->text(), strings::text(4030));
+    clock.settle();
+
+    dialog->cmdCapture->click();
+    EXPECT_FALSE(dialog->capturing());
+    ASSERT_EQ(prompt.messages.size(), 2);
+    EXPECT_TRUE(prompt.messages[1].startsWith(
+        "The capture cannot start: its rows cannot be written to the disk.\n\n"));
+
+    const QString file = path("kept.txt");
+    saveAs(file);
+    EXPECT_EQ(lines(file).size(), 1 + kept);
+    EXPECT_TRUE(journals().isEmpty());
 }
 
 // Drift averages a second of samples per point at 1000 Hz, from an empty accumulator even
@@ -197,17 +313,18 @@ TEST_F(AcquireCapture, DriftAveragesOneSecondPerPointAt1000Hz) {
 
     dialog->cmdCapture->click();
     clock.advance(999);
-    EXPECT_TRUE(dialog->captureTable().isEmpty());
+    EXPECT_EQ(dialog->journal().rowCount(), 0);
     clock.advance(4001);
     dialog->cmdCapture->click();
+    EXPECT_EQ(dialog->lblSample->text(), "6") << "the count at Capture OFF, separator included";
     clock.advance(2000);
-    const CaptureTable& table = dialog->captureTable();
-    ASSERT_EQ(table.rowCount(), 5 + 1);
-    EXPECT_TRUE(table.row(5).isSeparator());
-    for (qint32 r = 0; r < 5; ++r) {
-        EXPECT_NEAR(table.row(r).forces[0], -70 * 9.80665, 5.0);
-        EXPECT_NEAR(table.row(r).postural[1], 0.05, 0.005);
-        EXPECT_NEAR(table.row(r).postural[2], 0.1, 0.005);
+    const std::vector<CaptureRow> rows = journalRows();
+    ASSERT_EQ(rows.size(), 5u + 1);
+    EXPECT_TRUE(rows[5].isSeparator());
+    for (std::size_t r = 0; r < 5; ++r) {
+        EXPECT_NEAR(rows[r].forces[0], -70 * 9.80665, 5.0);
+        EXPECT_NEAR(rows[r].postural[1], 0.05, 0.005);
+        EXPECT_NEAR(rows[r].postural[2], 0.1, 0.005);
     }
 
     dialog->cmdDrift->click();
@@ -237,8 +354,8 @@ TEST_F(AcquireCapture, DriftAt04HzMakesEverySampleAPoint) {
     clock.advance(10'000);
     dialog->cmdCapture->click();
     ASSERT_EQ(slowSamples, 4);
-    EXPECT_EQ(dialog->captureTable().rowCount(), slowSamples + 1);
-    EXPECT_NEAR(dialog->captureTable().row(3).forces[0], -70 * 9.80665, 5.0);
+    EXPECT_EQ(dialog->journal().rowCount(), slowSamples + 1);
+    EXPECT_NEAR(journalRows()[3].forces[0], -70 * 9.80665, 5.0);
 
     const QString file = path("slow drift.txt");
     saveAs(file);

@@ -1,8 +1,9 @@
+#include "FileBytes.h"
 #include "FileSizeLimit.h"
+#include "JournalBytes.h"
 #include "TempEnvironment.h"
 #include "measure/CaptureFileWriter.h"
 #include "measure/CaptureSaver.h"
-#include "measure/CaptureTable.h"
 
 #include <QBuffer>
 #include <QDir>
@@ -13,6 +14,9 @@
 #include <gtest/gtest.h>
 
 using namespace kx;
+using kx::test::JournalBytes;
+using kx::test::JournalInMemory;
+using Rows = std::vector<CaptureRow>;
 
 namespace {
 
@@ -20,12 +24,25 @@ constexpr float kRate = 1000.0f;
 constexpr float kMinFz = -2.5f;
 const QByteArray kSeparator = "%NaN, NaN, NaN, NaN, NaN, NaN, NaN, NaN, NaN";
 
-QByteArray fileText(const CaptureTable& table) {
+QByteArray fileText(const Rows& rows) {
+    JournalInMemory journal(JournalBytes().rows(rows).bytes);
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
-    CaptureFileWriter writer(table, kRate, kMinFz);
+    CaptureFileWriter writer(journal.reader, kRate, kMinFz);
     EXPECT_TRUE(writer.write(buffer));
     return buffer.data();
+}
+
+// A journal of `rows` at `path`, as a capture leaves it.
+void writeJournal(const QString& path, const Rows& rows) {
+    test::writeFileBytes(path, JournalBytes().rows(rows).bytes);
+}
+
+// A block as the plate library delivers it: a separator, then a row per sample.
+void appendBlock(Rows& rows, const QList<Float3>& forces, const QList<Float3>& volts) {
+    rows.push_back(CaptureRow{});
+    for (qsizetype i = 0; i < forces.size(); ++i)
+        rows.push_back(captureRowOf(forces[i], volts[i], kMinFz));
 }
 
 QByteArray linesOf(std::initializer_list<QByteArray> lines) {
@@ -36,18 +53,17 @@ QByteArray linesOf(std::initializer_list<QByteArray> lines) {
 }
 
 // Two blocks as the plate library delivers them, then rows added by hand.
-CaptureTable twoSegments() {
-    CaptureTable table;
-    table.appendBlock({{-500, 12.5f, -25}, {-1, 0.5f, 0.25f}},
-                      {{0.0012341f, -0.0005f, 0.25f}, {0.0001f, 0.0002f, 0.0003f}}, kMinFz);
-    table.appendBlock({{-800, 0, 40}}, {{1, 2, 3}}, kMinFz);
+Rows twoSegments() {
+    Rows rows;
+    appendBlock(rows, {{-500, 12.5f, -25}, {-1, 0.5f, 0.25f}},
+                {{0.0012341f, -0.0005f, 0.25f}, {0.0001f, 0.0002f, 0.0003f}});
+    appendBlock(rows, {{-800, 0, 40}}, {{1, 2, 3}});
     // Voltages of exactly 0 make a separator whatever the forces.
-    table.append(CaptureRow{{0, 0, 0}, {-500, 1, 1}, {-500, 0, 0}});
-    const Float3 forces{-600, -6, 6};
-    table.append(CaptureRow{{-1.5f, 0, 0}, forces, posturalOf(forces, kMinFz)});
+    rows.push_back(CaptureRow{{0, 0, 0}, {-500, 1, 1}, {-500, 0, 0}});
+    rows.push_back(captureRowOf({-600, -6, 6}, {-1.5f, 0, 0}, kMinFz));
     // Exactly at the threshold counts as unloaded: "below" is strict.
-    table.append(CaptureRow{{1, 1, 1}, {kMinFz, 0, 0}, {kMinFz, 0.5f, 0.5f}});
-    return table;
+    rows.push_back(CaptureRow{{1, 1, 1}, {kMinFz, 0, 0}, {kMinFz, 0.5f, 0.5f}});
+    return rows;
 }
 
 TEST(CaptureFile, SegmentsSeparatorsTimesAndUnloadedCentreOfPressure) {
@@ -75,9 +91,10 @@ TEST_P(FailedSave, ReportsWhyAndLeavesNoFile) {
     test::TempEnvironment environment;
     QString folder = environment.path() + "/captures";
     ASSERT_TRUE(QDir().mkpath(folder));
-    CaptureTable table = twoSegments();
+    Rows rows = twoSegments();
     for (int i = 0; i < 2000; ++i)
-        table.append(CaptureRow{{1, 2, 3}, {-100, 1, 1}, {-100, -0.01f, 0.01f}});
+        rows.push_back(CaptureRow{{1, 2, 3}, {-100, 1, 1}, {-100, -0.01f, 0.01f}});
+    JournalInMemory journal(JournalBytes().rows(rows).bytes);
 
     std::optional<FileSizeLimit> limit;
     switch (GetParam()) {
@@ -96,7 +113,7 @@ TEST_P(FailedSave, ReportsWhyAndLeavesNoFile) {
         break;
     }
     const QString path = folder + "/capture.txt";
-    CaptureFileWriter writer(table, kRate, kMinFz);
+    CaptureFileWriter writer(journal.reader, kRate, kMinFz);
     EXPECT_FALSE(writer.save(path));
     limit.reset();
     QFile::setPermissions(environment.path() + "/captures",
@@ -122,8 +139,8 @@ TEST(CaptureFile, LoadsUnchangedWithNumpy) {
         GTEST_SKIP() << "python3 is not installed";
     test::TempEnvironment environment;
     const QString path = environment.path() + "/capture.txt";
-    const CaptureTable table = twoSegments();
-    CaptureFileWriter writer(table, kRate, kMinFz);
+    JournalInMemory journal(JournalBytes().rows(twoSegments()).bytes);
+    CaptureFileWriter writer(journal.reader, kRate, kMinFz);
     ASSERT_TRUE(writer.save(path));
 
     QProcess process;
@@ -137,12 +154,11 @@ TEST(CaptureFile, LoadsUnchangedWithNumpy) {
     EXPECT_EQ(process.readAllStandardOutput().trimmed(), "5 9 4 -800.0");
 }
 
-CaptureTable manyRows(int count) {
-    CaptureTable table;
-    table.appendSeparator();
-    for (int i = 0; i < count; ++i)
-        table.append(CaptureRow{{0.001f, 0.002f, 0.003f}, {-700, 1, 2}, {-700, 0.001f, 0.002f}});
-    return table;
+Rows manyRows(int count) {
+    Rows rows{CaptureRow{}};
+    rows.resize(std::size_t(count) + 1,
+                CaptureRow{{0.001f, 0.002f, 0.003f}, {-700, 1, 2}, {-700, 0.001f, 0.002f}});
+    return rows;
 }
 
 TEST(CaptureSaver, ReplacesAnOlderFileInTheBackgroundReportingProgress) {
@@ -152,11 +168,13 @@ TEST(CaptureSaver, ReplacesAnOlderFileInTheBackgroundReportingProgress) {
     ASSERT_TRUE(old.open(QIODevice::WriteOnly));
     old.write(QByteArray(100'000, 'x'));
     old.close();
-    const CaptureTable table = manyRows(100'000); // about 10 blocks of text
+    const Rows rows = manyRows(100'000); // about 10 blocks of text
+    const QString journal = environment.path() + "/capture.kxcj";
+    writeJournal(journal, rows);
     CaptureSaver saver;
     QSignalSpy progress(&saver, &CaptureSaver::progress);
     QSignalSpy finished(&saver, &CaptureSaver::finished);
-    saver.start(table, path, kRate, kMinFz);
+    saver.start(journal, path, kRate, kMinFz);
     EXPECT_TRUE(saver.isRunning());
     ASSERT_TRUE(finished.wait(60'000));
     EXPECT_FALSE(saver.isRunning());
@@ -168,17 +186,43 @@ TEST(CaptureSaver, ReplacesAnOlderFileInTheBackgroundReportingProgress) {
     EXPECT_EQ(progress.last().at(0).toInt(), 100);
     QFile written(path);
     ASSERT_TRUE(written.open(QIODevice::ReadOnly));
-    EXPECT_EQ(written.readAll(), fileText(table));
+    EXPECT_EQ(written.readAll(), fileText(rows));
 }
 
-TEST(CaptureSaver, DestroyedWhileSavingWritesNoFile) {
+// Stopped by its owner going or by a cancel, a save leaves no file; a cancelled one says so.
+TEST(CaptureSaver, DestroyedOrCancelledWhileSavingWritesNoFile) {
     test::TempEnvironment environment;
-    const CaptureTable table = manyRows(1'000'000); // about 100 MB of text
+    const QString journal = environment.path() + "/journal.kxcj";
+    writeJournal(journal, manyRows(1'000'000)); // about 100 MB of text
     {
         CaptureSaver saver;
-        saver.start(table, environment.path() + "/capture.txt", kRate, kMinFz);
+        saver.start(journal, environment.path() + "/capture.txt", kRate, kMinFz);
     }
+    CaptureSaver saver;
+    QSignalSpy finished(&saver, &CaptureSaver::finished);
+    saver.start(journal, environment.path() + "/capture.txt", kRate, kMinFz);
+    saver.cancel();
+    ASSERT_TRUE(finished.wait(60'000));
+    EXPECT_FALSE(finished.at(0).at(0).toBool());
+    EXPECT_TRUE(finished.at(0).at(1).toString().endsWith(": The save was stopped."))
+        << finished.at(0).at(1).toString().toStdString();
     EXPECT_TRUE(QDir(environment.path()).entryList({"capture*"}, QDir::Files).isEmpty());
+    EXPECT_TRUE(QFile::exists(journal)) << "the journal is only read";
+}
+
+TEST(CaptureSaver, AJournalThatCannotBeReadIsReportedWithItsName) {
+    test::TempEnvironment environment;
+    const QString journal = environment.path() + "/foreign.kxcj";
+    test::writeFileBytes(journal, "%Time(s), V1, V2, V3, Fz, Mx, My, CoPx, CoPy\r\n");
+    CaptureSaver saver;
+    QSignalSpy finished(&saver, &CaptureSaver::finished);
+    saver.start(journal, environment.path() + "/capture.txt", kRate, kMinFz);
+    ASSERT_TRUE(finished.wait(60'000));
+    EXPECT_FALSE(finished.at(0).at(0).toBool());
+    EXPECT_EQ(finished.at(0).at(1).toString(), "The capture journal " +
+                                                   QDir::toNativeSeparators(journal) +
+                                                   " cannot be read: it is not a capture journal.");
+    EXPECT_FALSE(QFile::exists(environment.path() + "/capture.txt"));
 }
 
 } // namespace

@@ -1,9 +1,9 @@
 // The README's one-line loaders of a capture file, run as written on a capture taken from a
 // simulated plate: a person standing on it, then the plate empty.
 
+#include "JournalBytes.h"
 #include "TempEnvironment.h"
 #include "measure/CaptureFileWriter.h"
-#include "measure/CaptureTable.h"
 #include "sim/Scenario.h"
 #include "sim/SimDriver.h"
 #include "sim/SimPlate.h"
@@ -54,7 +54,7 @@ struct Loaded {
     }
 };
 
-Loaded expectedFrom(const CaptureTable& table, double sampleFrequency) {
+Loaded expectedFrom(const std::vector<CaptureRow>& table, double sampleFrequency) {
     Loaded expected;
     qint64 k = 0;
     for (const CaptureRow& row : table) {
@@ -93,10 +93,12 @@ protected:
         driver.OpenDevices(PlateVendorId, PlateProductId1, PlateProductId2);
         clock.settle();
         SimPlate& plate = *driver.plate(QStringLiteral("20418"));
-        CaptureTable table;
+        std::vector<CaptureRow> table;
         QObject::connect(&plate, &PlateDevice::TestDone,
                          [&](qint32, const QList<Float3>& forces, const QList<Float3>& volts) {
-                             table.appendBlock(forces, volts, MinFz);
+                             table.push_back(CaptureRow{});
+                             for (qsizetype i = 0; i < std::min(forces.size(), volts.size()); ++i)
+                                 table.push_back(captureRowOf(forces[i], volts[i], MinFz));
                          });
         plate.FlushData();
         plate.CalibrateSelf();
@@ -116,7 +118,9 @@ protected:
         plate.StopAcquisition();
 
         const float frequency = plate.SampleFrequency(Which::Current);
-        CaptureFileWriter writer(table, frequency, MinFz);
+        test::JournalInMemory journal(test::JournalBytes().rows(table).bytes);
+        ASSERT_TRUE(journal.opened);
+        CaptureFileWriter writer(journal.reader, frequency, MinFz);
         ASSERT_TRUE(writer.save(environment->path() + u'/' + CaptureName));
         expected = expectedFrom(table, frequency);
         ASSERT_GT(expected.rows, 60);

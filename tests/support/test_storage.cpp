@@ -45,8 +45,9 @@ TEST_F(Settings, TheProfileAndHelpFollowTheEnvironment) {
     const QString help = fileLocationsHelp();
     for (const QString& expected :
          QStringList{m_environment.settingsFile(), profile, m_environment.documentsFolder(),
-                     m_environment.userDataFolder(), "KX_SETTINGS_FILE", "KX_COMMON_APPDATA",
-                     "KX_DOCUMENTS", "KX_USER_DATA"})
+                     m_environment.userDataFolder() + "/Recovery",
+                     m_environment.userDataFolder() + "/Unsaved Captures", "KX_SETTINGS_FILE",
+                     "KX_COMMON_APPDATA", "KX_DOCUMENTS", "KX_USER_DATA"})
         EXPECT_TRUE(help.contains(expected)) << expected.toStdString() << "\n"
                                              << help.toStdString();
 }
