@@ -133,6 +133,35 @@ TEST_F(NoiseRuns, ASilentPlateEndsTheRunAsAReadTimeOut) {
     EXPECT_TRUE(logText(noise).contains(QLatin1String("1 of 4 tests done")));
 }
 
+// A plate call that fails ends the run where it failed, told in the library's words, with the
+// device error's status; the results so far stay in the file.
+TEST_F(NoiseRuns, AFailingPlateCallEndsTheRunAsADeviceError) {
+    EXPECT_EQ(runAround(noise, [&] { driver.makeNotResponding(QStringLiteral("20418")); }), 3);
+    const QStringList told = errorLines();
+    ASSERT_FALSE(told.isEmpty());
+    EXPECT_EQ(told.front(),
+              QStringLiteral("kxplate: plate 20418: The force platform 20418 does not respond."));
+    EXPECT_EQ(output().count(u'\n'), 1);
+    EXPECT_NE(lines(noise.resultPath())[0].simplified().split(' ')[2].toDouble(), 0.0);
+}
+
+// A results folder that cannot be made stops the run before the warm-up, where nobody would
+// see the results lost hours later: the folder is named, the plate left alone.
+TEST_F(NoiseRuns, AResultsFolderThatCannotBeMadeStopsTheRunBeforeItStarts) {
+    const QString blocker = environment.path() + QStringLiteral("/file");
+    QFile file(blocker);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    NoiseCommand command{console, clock, driver, options(blocker + QStringLiteral("/r.TXT"))};
+    EXPECT_EQ(run(command, 5000), 4);
+    EXPECT_EQ(errorLines(),
+              QStringList{QStringLiteral("kxplate: plate 20418: The noise test results cannot be "
+                                         "saved in %1: The folder cannot be created. (answered: "
+                                         "Cancel)")
+                              .arg(blocker)});
+    EXPECT_TRUE(output().isEmpty());
+    expectPlateRestored();
+}
+
 // Results whose folder goes away mid-run are told once, tried again after every test, and at
 // the end saved in the documents folder: the exit status says so, and nothing is lost.
 TEST_F(NoiseRuns, ResultsThatCannotBeSavedGoToARescuePlace) {
