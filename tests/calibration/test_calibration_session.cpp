@@ -12,6 +12,7 @@
 #include "support/NumberFormat.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QFile>
 #include <gtest/gtest.h>
 #include <limits>
@@ -180,6 +181,14 @@ TEST_F(Session, TheReportSaysWhetherThePlateHoldsTheMatrix) {
     ASSERT_TRUE(session->applyScale(QStringLiteral("1")));
     EXPECT_EQ(plateSays(), held);
     EXPECT_EQ(told(), QStringList());
+
+    // The same calibration under another plate's name: what the plate attached holds says
+    // nothing about that plate.
+    const QString others = QFileInfo(file).dir().filePath(QStringLiteral("99999_1.cal"));
+    ASSERT_TRUE(QFile::copy(file, others));
+    prompt.fileAnswers = {others};
+    session->open();
+    EXPECT_EQ(plateSays(), notWritten);
 }
 
 // Whatever the fit was computed from changes, the fit goes stale; what it was not computed
