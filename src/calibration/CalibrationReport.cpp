@@ -4,6 +4,7 @@
 #include "calibration/CalibrationTexts.h"
 #include "calibration/FitSummary.h"
 #include "calibration/LinearityScaling.h"
+#include "calibration/PlateCommit.h"
 #include "resources/StringTable.h"
 #include "support/NumberFormat.h"
 
@@ -159,8 +160,9 @@ std::optional<CalibrationReport> CalibrationReport::build(const Calibration& cal
         .heading = caption(c::ReportScaledMatrix),
         .table = matrixTable(scaled, uncertainty, std::abs(double(record.scaleValue))),
         .notes = {strings::text(c::ScaledMatrixCaption),
-                  strings::text(facts.plateMatrix == scaled ? c::ReportScaledHeld
-                                                            : c::ReportScaledNotWritten)}};
+                  strings::text(facts.plateMatrix == committedCells(scaled)
+                                    ? c::ReportScaledHeld
+                                    : c::ReportScaledNotWritten)}};
     report.pages.push_back(
         {{plateSection(calibration, fit, facts), conditionsSection(record.environment), fitted,
           scaledSection, scalingSection(record, fit.matrix)}});

@@ -49,7 +49,9 @@ struct ReportFacts {
     QString calFileName; // the calibration file's name; empty when never saved
     float maxZeroStdDev; // converter codes
     float maxDataStdDev; // normalised volts
-    // The matrix the plate held when the report was made; none when it was not read.
+    // The matrix the plate held when the report was made, all nine cells read back; none when
+    // it was not read. The report says the plate holds the scaled matrix when each cell is the
+    // single-precision value OK writes for it.
     std::optional<CalMatrix> plateMatrix{};
 };
 

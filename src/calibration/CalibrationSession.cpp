@@ -45,16 +45,6 @@ float clampExcitation(double volts) {
     return volts > 5 ? 5.0f : static_cast<float>(volts);
 }
 
-// The matrix as OK hands it over: each cell the single-precision value of the text the main
-// window's matrix boxes receive, so the plate ends up holding exactly what they show.
-CalMatrix committedCells(const CalMatrix& scaled) {
-    CalMatrix cells{};
-    for (std::size_t row = 0; row < 3; ++row)
-        for (std::size_t column = 0; column < 3; ++column)
-            cells[row][column] = formatGeneral(scaled[row][column]).toFloat();
-    return cells;
-}
-
 bool allFinite(const CalMatrix& matrix) {
     for (const auto& row : matrix)
         for (const float cell : row)
@@ -492,8 +482,10 @@ void CalibrationSession::acceptFit(FitOutcome outcome, std::vector<double> input
     if (!outcome.result) {
         m_prompt.critical(outcome.error);
     } else {
+        // An engine that answered with another matrix did start: say what did happen.
+        const int heading = outcome.result->engineRefused ? c::EngineRefused : c::EngineUnavailable;
         if (const QString& why = outcome.result->engineError; !why.isEmpty())
-            m_prompt.critical(strings::text(c::EngineUnavailable) + QStringLiteral("\n\n") + why +
+            m_prompt.critical(strings::text(heading) + QStringLiteral("\n\n") + why +
                               QStringLiteral("\n\n") + strings::text(c::EngineBuiltInUsed));
         adoptFit(std::move(*outcome.result), std::move(inputs));
         m_calibration.unsavedChanges = true;

@@ -2,6 +2,7 @@
 #include "calibration/CalFileWriter.h"
 #include "calibration/CalibrationSession.h"
 #include "calibration/CalibrationTexts.h"
+#include "calibration/PlateCommit.h"
 #include "device/PlateDevice.h"
 #include "resources/StringTable.h"
 #include "support/Clock.h"
@@ -307,11 +308,12 @@ std::optional<CalibrationSession::ReportRequest> CalibrationSession::prepareRepo
                       .maxDataStdDev = m_settings.MaxDataStdDev};
     if (facts.serial.isEmpty())
         facts.serial = m_serial;
-    // Another plate's firmware would be no fact about this calibration's plate.
+    // Another plate's firmware or matrix would be no fact about this calibration's plate.
     if (m_plate && facts.serial == m_serial) {
         plateCall([&] {
             facts.firmware = QString::number(m_plate->FirmwareMajor()) + u'.' +
                              QString::number(m_plate->FirmwareMinor());
+            facts.plateMatrix = readPlateMatrix(*m_plate);
         });
     }
     std::optional<CalibrationReport> report = CalibrationReport::build(reported, facts);

@@ -10,6 +10,7 @@
 #include <QFileInfo>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace kx {
 
@@ -33,9 +34,9 @@ void complain(const QString& where, const QString& text, const QString& defaultT
                                 .arg(where, text, defaultText);
 }
 
-// Reads each profile value with its default and writes it straight back, so that a missing
-// key appears with its default and a malformed one is replaced by it. A quiet reader only
-// reads.
+// Reads each profile value with its default and writes them all back at the end, in one save,
+// so that a missing key appears with its default and a malformed one is replaced by it. A
+// quiet reader only reads.
 class ProfileReader {
 public:
     enum class Mode { WriteBack, Quiet };
@@ -79,18 +80,25 @@ public:
         return value;
     }
 
+    // Every value read, as read or mended, back into the profile.
+    void writeBack() {
+        if (m_writeBack)
+            m_profile.setValues(std::exchange(m_read, {}));
+    }
+
 private:
     void complain(const QString& where, const QString& text, const QString& defaultText) const {
         if (m_writeBack)
             kx::complain(where, text, defaultText);
     }
-    void write(const char* section, const QString& key, const QString& text) const {
+    void write(const char* section, const QString& key, const QString& text) {
         if (m_writeBack)
-            m_profile.setValue(QLatin1String(section), key, text);
+            m_read.push_back({QLatin1String(section), key, text});
     }
 
     const IniFile& m_profile;
     bool m_writeBack;
+    std::vector<IniFile::Value> m_read;
 };
 
 int readPointCount(ProfileReader& read) {
@@ -177,6 +185,7 @@ CalibrationSettings CalibrationSettings::load(const IniFile& profile) {
         s.LinearityLoads.push_back(static_cast<float>(
             read.real(Linearity, QStringLiteral("Load %1").arg(n), fallback, Coarse)));
     }
+    read.writeBack();
 
     s.DisplayPointRadius = userReal("Display Point Radius (m)", QStringLiteral("0.025"));
     s.LastFilePath = GetSettingString(User, QLatin1String(kCalibrationKey),
@@ -190,8 +199,9 @@ CalibrationSettings CalibrationSettings::load(const IniFile& profile) {
 
 void CalibrationSettings::save(const IniFile& profile) const {
     CreateFolderPath(QFileInfo(profile.path()).absolutePath());
-    const auto put = [&profile](const char* section, const QString& key, const QString& text) {
-        profile.setValue(QLatin1String(section), key, text);
+    std::vector<IniFile::Value> values;
+    const auto put = [&values](const char* section, const QString& key, const QString& text) {
+        values.push_back({QLatin1String(section), key, text});
     };
     put(Local, QStringLiteral("Gravity"), formatNumber(Gravity, Metres));
     put(Local, QStringLiteral("Pressure Correction"), formatNumber(PressureCorrection, Metres));
@@ -207,6 +217,7 @@ void CalibrationSettings::save(const IniFile& profile) const {
         put(Section, pointKey(static_cast<int>(i), 'X'), formatNumber(Points[i].x, Metres));
         put(Section, pointKey(static_cast<int>(i), 'Y'), formatNumber(Points[i].y, Metres));
     }
+    profile.setValues(values);
     const QString radius = formatNumber(DisplayPointRadius, Metres);
     SaveSettingString(User, QLatin1String(kCalibrationKey),
                       QStringLiteral("Display Point Radius (m)"), radius);

@@ -15,9 +15,9 @@ struct PointXY {
 };
 
 // The calibration settings: sections "Local", "Calibration" and "Linearity" of the shared
-// profile and the per-user key "Calibration". load() writes every profile value back at once,
-// so a missing profile is created complete. A profile value that is not a number reads as its
-// default, with one line on stderr.
+// profile and the per-user key "Calibration". load() writes every profile value back in one
+// save, so a missing profile is created complete; a complete one is left as it is. A profile
+// value that is not a number reads as its default, with one line on stderr.
 //
 // Point n (0-based) is stored under "Point <n+1>X" / "Point <n+1>Y": the number the
 // technician sees in the error table.
@@ -46,8 +46,8 @@ struct CalibrationSettings {
     // The points as load() reads them, without writing anything back or saying anything:
     // for a view that only shows where they are.
     static std::vector<PointXY> profilePoints(const IniFile& profile);
-    // The profile's "Local" and "Calibration" values ("0.000" or "0.000000") and the per-user
-    // values, including "Cal Point Radius".
+    // The profile's "Local" and "Calibration" values ("0.000" or "0.000000"), in one save of
+    // the profile, and the per-user values, including "Cal Point Radius".
     void save(const IniFile& profile) const;
 
     // The ten points of a fresh profile: a 3 x 3 grid and one more between the grid's centre

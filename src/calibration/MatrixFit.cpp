@@ -192,6 +192,7 @@ FitOutcome MatrixFit::complete(const FitProblem& problem, std::optional<FitProdu
         if (off > tolerance) {
             result.engineError =
                 strings::text(c::EngineDisagrees).arg(products->source, percentText(off));
+            result.engineRefused = true;
             products.reset();
         }
     }

@@ -84,6 +84,8 @@ struct FitResult {
     // Set when the engine failed, or gave a matrix that is not the fit of the problem, and the
     // built-in fit was used instead: why.
     QString engineError;
+    // The engine ran and answered, but its matrix is not the fit of the problem.
+    bool engineRefused = false;
     FitProblem problem; // what was fitted
 };
 

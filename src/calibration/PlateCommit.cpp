@@ -12,21 +12,13 @@ namespace {
 
 namespace c = strings::calibrate;
 
-CalMatrix readCells(PlateDevice& plate) {
-    CalMatrix cells{};
-    for (int row = 0; row < 3; ++row)
-        for (int column = 0; column < 3; ++column)
-            cells[std::size_t(row)][std::size_t(column)] = plate.MatrixElement(row, column);
-    return cells;
-}
-
 // Writes the cells and reads each back; throws PlateError naming the first cell that does not
 // hold what was written.
 void writeCells(PlateDevice& plate, const CalMatrix& cells) {
     for (int row = 0; row < 3; ++row)
         for (int column = 0; column < 3; ++column)
             plate.SetMatrixElement(row, column, cells[std::size_t(row)][std::size_t(column)]);
-    const CalMatrix held = readCells(plate);
+    const CalMatrix held = readPlateMatrix(plate);
     for (int row = 0; row < 3; ++row) {
         for (int column = 0; column < 3; ++column) {
             const float written = cells[std::size_t(row)][std::size_t(column)];
@@ -42,12 +34,28 @@ void writeCells(PlateDevice& plate, const CalMatrix& cells) {
 
 } // namespace
 
+CalMatrix committedCells(const CalMatrix& scaled) {
+    CalMatrix cells{};
+    for (std::size_t row = 0; row < 3; ++row)
+        for (std::size_t column = 0; column < 3; ++column)
+            cells[row][column] = formatGeneral(scaled[row][column]).toFloat();
+    return cells;
+}
+
+CalMatrix readPlateMatrix(PlateDevice& plate) {
+    CalMatrix cells{};
+    for (int row = 0; row < 3; ++row)
+        for (int column = 0; column < 3; ++column)
+            cells[std::size_t(row)][std::size_t(column)] = plate.MatrixElement(row, column);
+    return cells;
+}
+
 CommitOutcome commitToPlate(PlateDevice& plate, const CalMatrix& cells, const QString& operatorCode,
                             const Clock& clock) {
     using Result = CommitOutcome::Result;
     CalMatrix old{};
     try {
-        old = readCells(plate);
+        old = readPlateMatrix(plate);
     } catch (const PlateError& error) {
         return {Result::NothingWritten, strings::text(c::CommitOldUnreadable).arg(error.message())};
     }

@@ -32,6 +32,13 @@ struct CommitOutcome {
 inline constexpr char OperatorTag2[] = "KXI_OP_27.930418.2";
 inline constexpr char OperatorTag3[] = "KXI_OP_361907254.8";
 
+// The cells OK writes for the scaled matrix: each the single-precision value of the text the
+// main window's matrix boxes show, so that the plate ends up holding exactly what they show.
+CalMatrix committedCells(const CalMatrix& scaled);
+
+// The nine cells the plate holds; throws PlateError.
+CalMatrix readPlateMatrix(PlateDevice& plate);
+
 // Reads the plate's matrix, writes `cells` (row-major) and reads them back; on any failure
 // writes the old cells back. Then the two operator records, each stamped with the calendar
 // as it is when it is written. Device failures are caught here and told in the outcome once.

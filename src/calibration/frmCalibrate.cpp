@@ -332,12 +332,15 @@ void frmCalibrate::showCommands() {
     for (QPushButton* button : cmdScaleLoad)
         button->setEnabled(idle && plate);
     // A report states a matrix that matches the points: none before one is computed again.
+    // The button stays live all the same, so that pressing it, with the mouse or from the
+    // keyboard, says why there is none; its tip and description say so beforehand.
     const Calibration::FitState fit = m_session->calibration().fitState();
-    cmdReport->setEnabled(idle && fit == Calibration::FitState::Current);
-    cmdReport->setToolTip(fit == Calibration::FitState::Current ? QString()
-                          : fit == Calibration::FitState::Stale
-                              ? strings::text(c::ReportWithStaleFit)
-                              : strings::text(c::ReportWithoutFit));
+    const QString why = fit == Calibration::FitState::Current ? QString()
+                        : fit == Calibration::FitState::Stale ? strings::text(c::ReportWithStaleFit)
+                                                              : strings::text(c::ReportWithoutFit);
+    cmdReport->setEnabled(idle);
+    cmdReport->setToolTip(why);
+    cmdReport->setAccessibleDescription(why);
 }
 
 void frmCalibrate::showPicture() {

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <vector>
 
 namespace kx {
 
@@ -104,17 +105,20 @@ void NoisePlan::write(const IniFile& ini) const {
     const QString folder = FolderOfPath(ini.path());
     if (!FolderExists(folder))
         CreateFolderPath(folder);
-    ini.setValue(Section, FrequenciesKey, QString::number(frequencies.size()));
-    ini.setValue(Section, ExcitationsKey, QString::number(excitations.size()));
-    ini.setValue(Section, ChannelsKey, QString::number(channels));
-    ini.setValue(Section, DurationKey, formatGeneral(testDuration));
-    ini.setValue(Section, FrequencySettlingKey, formatGeneral(frequencySettling));
-    ini.setValue(Section, ExcitationSettlingKey, formatGeneral(excitationSettling));
-    ini.setValue(Section, InitialDelayKey, formatGeneral(initialDelay));
+    std::vector<IniFile::Value> values{
+        {Section, FrequenciesKey, QString::number(frequencies.size())},
+        {Section, ExcitationsKey, QString::number(excitations.size())},
+        {Section, ChannelsKey, QString::number(channels)},
+        {Section, DurationKey, formatGeneral(testDuration)},
+        {Section, FrequencySettlingKey, formatGeneral(frequencySettling)},
+        {Section, ExcitationSettlingKey, formatGeneral(excitationSettling)},
+        {Section, InitialDelayKey, formatGeneral(initialDelay)}};
     for (qsizetype i = 0; i < frequencies.size(); ++i)
-        ini.setValue(Section, frequencyKey(i), formatGeneral(frequencies[i]));
+        values.push_back({Section, frequencyKey(i), formatGeneral(frequencies[i])});
     for (qsizetype i = 0; i < excitations.size(); ++i)
-        ini.setValue(Section, excitationKey(i), formatGeneral(excitations[i]));
+        values.push_back({Section, excitationKey(i), formatGeneral(excitations[i])});
+    // One save for the whole plan; none when the profile holds it already.
+    ini.setValues(values);
 }
 
 } // namespace kx

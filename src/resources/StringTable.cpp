@@ -552,6 +552,7 @@ constexpr std::array Table = std::to_array<Entry>({
     {8880, "for compatibility with previously collected data\nthe bridge excitation has been set "
            "to "},
     {8890, "Unable to start Matlab"},
+    {8891, "The fit engine answered, but its matrix was not used"},
     {8900, Overrun},
     {8901, ShortOverrun},
     {8910, Clipped},

@@ -72,7 +72,7 @@ inline constexpr int Keep = 4604;
 inline constexpr int ConfirmDiscard = 4610;
 inline constexpr int UnsavedCapture = 4620;
 inline constexpr int UnsavedCaptureUnreadable = 4621;
-inline constexpr int SavingCapture = 4622; // progress of the offered capture's save
+inline constexpr int SavingCapture = 4622;     // progress of the offered capture's save
 inline constexpr int JournalFailed = 4630;     // the disk refused rows: the capture stops
 inline constexpr int JournalNotCreated = 4631; // the capture cannot start
 } // namespace acquire
@@ -284,6 +284,8 @@ inline constexpr int MissingConditions = 8871;
 inline constexpr int InvalidCondition = 8872;
 inline constexpr int ExcitationNote = 8880; // the excitation value follows
 inline constexpr int EngineUnavailable = 8890;
+// The heading when the outside engine answered with a matrix that is not the fit of the points.
+inline constexpr int EngineRefused = 8891;
 
 // Refusals of the matrix fit; the previous matrix stays.
 inline constexpr int FitNoSignal = 8960;

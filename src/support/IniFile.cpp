@@ -32,18 +32,21 @@ struct IniText {
     bool endsWithLineEnd = true;
 
     void setLine(qsizetype i, const QString& text) {
-        raw[i] = text.toLocal8Bit() + (lineEnd == "\r\n" ? "\r" : "");
+        // The CR is the line end's: a last line without its end gets none.
+        const bool ended = i < raw.size() - 1 || endsWithLineEnd;
+        raw[i] = text.toLocal8Bit() + (lineEnd == "\r\n" && ended ? "\r" : "");
         lines[i] = text;
     }
     void insertLine(qsizetype i, const QString& text) {
-        // A last line without its end gets one before the new line follows it.
-        if (i == raw.size() && !endsWithLineEnd && !raw.isEmpty() && lineEnd == "\r\n")
-            raw.last() += '\r';
+        if (i == raw.size()) {
+            // A last line without its end gets one before the new line follows it.
+            if (!endsWithLineEnd && !raw.isEmpty() && lineEnd == "\r\n")
+                raw.last() += '\r';
+            endsWithLineEnd = true;
+        }
         raw.insert(i, {});
         lines.insert(i, {});
         setLine(i, text);
-        if (i == raw.size() - 1)
-            endsWithLineEnd = true;
     }
     QByteArray bytes() const {
         QByteArray all = raw.join('\n');
@@ -125,6 +128,27 @@ std::optional<std::pair<qsizetype, qsizetype>> findSection(const QStringList& li
     return std::nullopt;
 }
 
+// An existing key's value replaced in its line, or the key added at the end of its section,
+// or the section added at the end of the file.
+void setValueIn(IniText& ini, const QString& section, const QString& key, const QString& text) {
+    if (const auto body = findSection(ini.lines, section)) {
+        qsizetype insertAt = body->first;
+        for (qsizetype i = body->first; i < body->second; ++i) {
+            const std::optional<QStringView> name = keyName(ini.lines[i]);
+            if (name && sameName(*name, key)) {
+                ini.setLine(i, name->toString() + u'=' + text);
+                return;
+            }
+            if (!ini.lines[i].trimmed().isEmpty())
+                insertAt = i + 1;
+        }
+        ini.insertLine(insertAt, key + u'=' + text);
+    } else {
+        ini.insertLine(ini.raw.size(), u'[' + section + u']');
+        ini.insertLine(ini.raw.size(), key + u'=' + text);
+    }
+}
+
 } // namespace
 
 IniFile IniFile::sharedProfile() {
@@ -167,52 +191,60 @@ QString IniFile::valueIn(const QByteArray& bytes, const QString& section, const 
 
 SaveResult IniFile::setValue(const QString& section, const QString& key,
                              const QString& text) const {
-    return UnsavedSettings::instance().write(m_path, section, key, text, keptWriter());
+    return setValues({{section, key, text}});
+}
+
+SaveResult IniFile::setValues(const std::vector<Value>& values) const {
+    std::vector<UnsavedSettings::Entry> entries;
+    entries.reserve(values.size());
+    for (const Value& value : values)
+        entries.push_back({value.section, value.key, value.text});
+    return UnsavedSettings::instance().writeAll(m_path, entries, keptWriter());
 }
 
 SaveResult IniFile::retryUnsaved() const {
-    return UnsavedSettings::instance().retry(m_path, keptWriter());
+    return UnsavedSettings::instance().retryAll(m_path, keptWriter());
 }
 
-UnsavedSettings::Writer IniFile::keptWriter() const {
-    return [this](const QString& section, const QString& key, const UnsavedSettings::Value& text) {
-        return write(section, key, std::get<QString>(text));
+UnsavedSettings::BatchWriter IniFile::keptWriter() const {
+    return [this](const std::vector<UnsavedSettings::Entry>& entries) {
+        std::vector<Value> values;
+        values.reserve(entries.size());
+        for (const UnsavedSettings::Entry& entry : entries)
+            values.push_back({entry.section, entry.key, std::get<QString>(entry.value)});
+        return write(values);
     };
 }
 
-SaveResult IniFile::write(const QString& section, const QString& key, const QString& text) const {
+SaveResult IniFile::write(const std::vector<Value>& values) const {
+    if (values.empty())
+        return {};
     QByteArray bytes;
-    if (QFile::exists(m_path)) {
+    const bool exists = QFile::exists(m_path);
+    if (exists) {
         std::optional<QByteArray> existing = readBytes(m_path);
         if (!existing)
             return {QStringLiteral("The profile %1 cannot be read, so it is left as it is.")
                         .arg(QDir::toNativeSeparators(m_path))}; // never replace what was not read
         bytes = std::move(*existing);
     }
-    return saveAtomically(m_path, withValue(bytes, section, key, text));
+    QByteArray written = withValues(bytes, values);
+    // Every save reaches the disk before it takes the old file's place, which costs far more
+    // than reading: a dialog that writes back what it read leaves the file alone.
+    if (exists && written == bytes)
+        return {};
+    return saveAtomically(m_path, written);
 }
 
 QByteArray IniFile::withValue(const QByteArray& bytes, const QString& section, const QString& key,
                               const QString& text) {
+    return withValues(bytes, {{section, key, text}});
+}
+
+QByteArray IniFile::withValues(const QByteArray& bytes, const std::vector<Value>& values) {
     IniText ini = linesOf(bytes);
-    if (const auto body = findSection(ini.lines, section)) {
-        qsizetype insertAt = body->first;
-        for (qsizetype i = body->first; i < body->second; ++i) {
-            const std::optional<QStringView> name = keyName(ini.lines[i]);
-            if (name && sameName(*name, key)) {
-                ini.setLine(i, name->toString() + u'=' + text);
-                insertAt = -1;
-                break;
-            }
-            if (!ini.lines[i].trimmed().isEmpty())
-                insertAt = i + 1;
-        }
-        if (insertAt >= 0)
-            ini.insertLine(insertAt, key + u'=' + text);
-    } else {
-        ini.insertLine(ini.raw.size(), u'[' + section + u']');
-        ini.insertLine(ini.raw.size(), key + u'=' + text);
-    }
+    for (const Value& value : values)
+        setValueIn(ini, value.section, value.key, value.text);
     return ini.bytes();
 }
 

@@ -5,6 +5,7 @@
 
 #include <QString>
 #include <utility>
+#include <vector>
 
 namespace kx {
 
@@ -17,9 +18,17 @@ namespace kx {
 // file, keeping every other line as it was. Writes are atomic: a file that cannot be written
 // keeps its old contents, and the value is kept for this run of the program (UnsavedSettings.h):
 // reads give it, and the next write to the file, or retryUnsaved(), writes it again. Missing
-// folders are made.
+// folders are made. Several values go into one save with setValues(); a write that would leave
+// the file as it is does not save it.
 class IniFile {
 public:
+    // One value of a write of several.
+    struct Value {
+        QString section;
+        QString key;
+        QString text;
+    };
+
     explicit IniFile(QString path)
         : m_path(std::move(path)) {}
 
@@ -31,6 +40,8 @@ public:
 
     QString value(const QString& section, const QString& key, const QString& defaultText) const;
     SaveResult setValue(const QString& section, const QString& key, const QString& text) const;
+    // The values in one save, the file as writing each in turn with setValue() would leave it.
+    SaveResult setValues(const std::vector<Value>& values) const;
     // Writes the values whose writes failed again.
     SaveResult retryUnsaved() const;
 
@@ -40,11 +51,12 @@ public:
                            const QString& defaultText);
     static QByteArray withValue(const QByteArray& bytes, const QString& section, const QString& key,
                                 const QString& text);
+    static QByteArray withValues(const QByteArray& bytes, const std::vector<Value>& values);
 
 private:
-    // The value written into the file as it is now.
-    SaveResult write(const QString& section, const QString& key, const QString& text) const;
-    UnsavedSettings::Writer keptWriter() const;
+    // The values written into the file as it is now, in one save.
+    SaveResult write(const std::vector<Value>& values) const;
+    UnsavedSettings::BatchWriter keptWriter() const;
 
     QString m_path;
 };

@@ -17,34 +17,46 @@ bool UnsavedSettings::sameKey(const Entry& entry, const QString& section, const 
 
 SaveResult UnsavedSettings::write(const QString& file, const QString& section, const QString& key,
                                   const Value& value, const Writer& writer) {
-    File& kept = m_files[file];
-    std::erase_if(kept.entries, [&](const Entry& entry) { return sameKey(entry, section, key); });
-    kept.entries.push_back({section, key, value});
-    return retry(file, writer);
+    return writeAll(file, {{section, key, value}}, eachInTurn(writer));
 }
 
 SaveResult UnsavedSettings::retry(const QString& file, const Writer& writer) {
+    return retryAll(file, eachInTurn(writer));
+}
+
+UnsavedSettings::BatchWriter UnsavedSettings::eachInTurn(const Writer& writer) {
+    return [writer](const std::vector<Entry>& entries) {
+        // Once the file refuses one value it refuses the rest: they wait for the next try,
+        // with those written already, which are written again then to no harm.
+        for (const Entry& entry : entries)
+            if (SaveResult saved = writer(entry.section, entry.key, entry.value); !saved)
+                return saved;
+        return SaveResult{};
+    };
+}
+
+SaveResult UnsavedSettings::writeAll(const QString& file, const std::vector<Entry>& values,
+                                     const BatchWriter& writer) {
+    File& kept = m_files[file];
+    for (const Entry& value : values) {
+        std::erase_if(kept.entries,
+                      [&](const Entry& entry) { return sameKey(entry, value.section, value.key); });
+        kept.entries.push_back(value);
+    }
+    return retryAll(file, writer);
+}
+
+SaveResult UnsavedSettings::retryAll(const QString& file, const BatchWriter& writer) {
     const auto found = m_files.find(file);
     if (found == m_files.end())
         return {};
     File& kept = found->second;
-    SaveResult first;
-    std::vector<Entry> unsaved;
-    for (Entry& entry : kept.entries) {
-        // Once the file refuses one value it refuses the rest: they wait for the next try.
-        if (first.ok()) {
-            first = writer(entry.section, entry.key, entry.value);
-            if (first.ok())
-                continue;
-        }
-        unsaved.push_back(std::move(entry));
-    }
-    kept.entries = std::move(unsaved);
-    if (kept.entries.empty())
+    const SaveResult saved = writer(kept.entries);
+    if (saved.ok())
         m_files.erase(found); // a later failure is a new one, told again
     else
-        kept.why = first.error;
-    return first;
+        kept.why = saved.error;
+    return saved;
 }
 
 std::optional<UnsavedSettings::Value>

@@ -21,9 +21,16 @@ namespace kx {
 class UnsavedSettings {
 public:
     using Value = std::variant<QString, qint32>;
+    struct Entry {
+        QString section;
+        QString key;
+        Value value;
+    };
     // Writes one value to the file; the store's own write.
     using Writer =
         std::function<SaveResult(const QString& section, const QString& key, const Value& value)>;
+    // Writes several values to the file, in this order, in one save of the file.
+    using BatchWriter = std::function<SaveResult(const std::vector<Entry>& entries)>;
     struct Failure {
         QString file;
         QString why;
@@ -38,6 +45,11 @@ public:
                      const Value& value, const Writer& writer);
     // Writes the values kept for `file` again.
     SaveResult retry(const QString& file, const Writer& writer);
+    // The same for a store that writes several values in one save: the values kept for `file`,
+    // then `values`, in one go; when that fails every one of them is kept.
+    SaveResult writeAll(const QString& file, const std::vector<Entry>& values,
+                        const BatchWriter& writer);
+    SaveResult retryAll(const QString& file, const BatchWriter& writer);
     // The value kept for a key, if its write failed.
     std::optional<Value> kept(const QString& file, const QString& section,
                               const QString& key) const;
@@ -47,17 +59,14 @@ public:
     std::optional<Failure> failure(const QString& file) const;
 
 private:
-    struct Entry {
-        QString section;
-        QString key;
-        Value value;
-    };
     struct File {
         std::vector<Entry> entries; // in the order they were written
         QString why;
         bool told = false;
     };
     static bool sameKey(const Entry& entry, const QString& section, const QString& key);
+    // Writes the values one by one.
+    static BatchWriter eachInTurn(const Writer& writer);
 
     std::map<QString, File> m_files;
 };

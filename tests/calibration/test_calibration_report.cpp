@@ -6,6 +6,7 @@
 #include "calibration/CalibrationReport.h"
 #include "calibration/CalibrationReportPdf.h"
 #include "calibration/LinearityScaling.h"
+#include "calibration/PlateCommit.h"
 #include "support/DateFormat.h"
 
 #include <QDir>
@@ -202,15 +203,28 @@ TEST(CalibrationReport, SaysWhatHasBeenDoneAndRefusesAFitItsPointsNoLongerGive) 
     for (LinearityStep& step : c.record.steps)
         step.done = false;
     ReportFacts facts = knownFacts();
-    facts.plateMatrix = LinearityScaling::scaled(c.fit->matrix, c.record.scaleValue);
+    // The plate holds what OK writes: each cell as the text the matrix boxes show.
+    const CalMatrix written =
+        committedCells(LinearityScaling::scaled(c.fit->matrix, c.record.scaleValue));
+    CalMatrix oneCellOff = written;
+    oneCellOff[2][1] = std::nextafter(oneCellOff[2][1], 0.0f);
+    const std::pair<std::optional<CalMatrix>, const char*> held[] = {
+        {written, "The plate holds this matrix."},
+        {oneCellOff, "Not yet written to the plate: OK in the calibration dialog writes it."},
+        {std::nullopt, "Not yet written to the plate: OK in the calibration dialog writes it."}};
+    for (const auto& [plate, said] : held) {
+        facts.plateMatrix = plate;
+        const CalibrationReport report = CalibrationReport::build(c, facts).value();
+        EXPECT_EQ(
+            section(report, "Scaled Matrix (each element ± its expanded uncertainty, about 95 %)")
+                .notes.back(),
+            said);
+    }
     const CalibrationReport report = CalibrationReport::build(c, facts).value();
     const ReportSection& scaling = section(report, "Calibration Scaling");
     EXPECT_FALSE(scaling.table);
     EXPECT_EQ(scaling.fields,
               (Fields{{"Linearity Check", "not performed"}, {"Scaling Value", "1.2500"}}));
-    EXPECT_EQ(section(report, "Scaled Matrix (each element ± its expanded uncertainty, about 95 %)")
-                  .notes.back(),
-              "The plate holds this matrix.");
 
     const auto stale = [](void (*change)(Calibration&)) {
         Calibration changed = knownCalibration();

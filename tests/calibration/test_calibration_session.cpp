@@ -12,6 +12,7 @@
 #include "support/NumberFormat.h"
 
 #include <QDir>
+#include <QFileInfo>
 #include <QFile>
 #include <gtest/gtest.h>
 #include <limits>
@@ -149,6 +150,45 @@ TEST_F(Session, ACalibrationOpenedFromItsFileIsFittedAndCommitted) {
             << i;
     EXPECT_EQ(plate.CalibrationRecordOperator(), "JD7");
     EXPECT_EQ(plate.CalibrationRecordDate(), clock.currentDateTime());
+}
+
+// The report says whether the plate holds the calibration's scaled matrix, as read back from
+// the plate when the report is made: not before OK, and again not once the scaling changes.
+TEST_F(Session, TheReportSaysWhetherThePlateHoldsTheMatrix) {
+    const auto plateSays = [this] {
+        const std::optional<CalibrationSession::ReportRequest> request = session->prepareReport();
+        if (!request)
+            return QStringLiteral("(no report)");
+        for (const ReportSection& part : request->report.pages[0].sections)
+            if (part.heading.startsWith(QStringLiteral("Scaled Matrix")))
+                return part.notes.back();
+        return QStringLiteral("(no scaled matrix)");
+    };
+    const QString notWritten = strings::text(c::ReportScaledNotWritten);
+    const QString held = strings::text(c::ReportScaledHeld);
+    const QString file = savedCalibration();
+    EXPECT_EQ(plateSays(), notWritten);
+    ASSERT_TRUE(session->commit());
+
+    // Printed later, from the calibration's file.
+    beginAgain();
+    fillForm();
+    prompt.fileAnswers = {file};
+    session->open();
+    EXPECT_EQ(plateSays(), held);
+    ASSERT_TRUE(session->applyScale(QStringLiteral("1.01")));
+    EXPECT_EQ(plateSays(), notWritten);
+    ASSERT_TRUE(session->applyScale(QStringLiteral("1")));
+    EXPECT_EQ(plateSays(), held);
+    EXPECT_EQ(told(), QStringList());
+
+    // The same calibration under another plate's name: what the plate attached holds says
+    // nothing about that plate.
+    const QString others = QFileInfo(file).dir().filePath(QStringLiteral("99999_1.cal"));
+    ASSERT_TRUE(QFile::copy(file, others));
+    prompt.fileAnswers = {others};
+    session->open();
+    EXPECT_EQ(plateSays(), notWritten);
 }
 
 // Whatever the fit was computed from changes, the fit goes stale; what it was not computed

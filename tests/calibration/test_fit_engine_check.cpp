@@ -100,6 +100,7 @@ TEST_F(FitEngineCheck, AnOutsideMatrixIsTakenOnlyWhenItIsTheFitOfThePoints) {
         const FitResult& r = *out.result;
         if (k.differsBy.isEmpty()) {
             EXPECT_EQ(r.engineError, QString()) << k.name;
+            EXPECT_FALSE(r.engineRefused) << k.name;
             EXPECT_EQ(r.C[5], k.C(1, 2)) << k.name << ": the engine's own value";
         } else {
             EXPECT_EQ(r.engineError,
@@ -108,6 +109,7 @@ TEST_F(FitEngineCheck, AnOutsideMatrixIsTakenOnlyWhenItIsTheFitOfThePoints) {
                           "from the program's own fit of the same data by up to " +
                           k.differsBy + " % of a row's largest element.");
             EXPECT_EQ(r.C, own) << k.name;
+            EXPECT_TRUE(r.engineRefused) << k.name;
         }
     }
 }

@@ -1,8 +1,13 @@
 #include "../support/PrintQString.h"
 #include "CalibrateBench.h"
+#include "FileSaves.h"
 #include "calibration/Calibration.h"
 #include "calibration/CalibrationRecovery.h"
 #include "resources/StringTable.h"
+#include "support/IniFile.h"
+
+#include <QDir>
+#include <QFileInfo>
 
 namespace kx::test {
 namespace {
@@ -13,6 +18,24 @@ protected:
         return dialog->session().calibration().record.points[std::size_t(i)];
     }
 };
+
+// The first opening creates the profile complete in one save; closing and opening again on it
+// writes nothing more.
+TEST_F(CalibrateDialog, OpeningAndClosingWritesTheProfileOnceInAll) {
+    const IniFile profile = IniFile::sharedProfile();
+    ASSERT_TRUE(QDir().mkpath(QFileInfo(profile.path()).absolutePath()));
+    ASSERT_FALSE(QFileInfo::exists(profile.path()));
+    FileSaves saves(profile.path());
+    ASSERT_TRUE(saves.watching());
+    for (int opening = 1; opening <= 2; ++opening) {
+        open();
+        EXPECT_EQ(saves.take(), opening == 1 ? 1 : 0) << "opening " << opening;
+        dialog->cmdCancel->click();
+        EXPECT_EQ(unloads, opening);
+        EXPECT_EQ(saves.take(), 0) << "closing " << opening;
+    }
+    EXPECT_EQ(profile.value(QStringLiteral("Linearity"), QStringLiteral("Load 8"), {}), "244.922");
+}
 
 TEST_F(CalibrateDialog, CancelDuringAZeroStopsItAndWritesNothing) {
     open();

@@ -33,9 +33,12 @@ TEST_F(CalibrationReportButton, WritesTheCertificateBesideTheLastFileAndSaysWhen
     EXPECT_EQ(dialog->cmdReport->accessibleName(), "Report...");
     EXPECT_EQ(dialog->cmdReport->parentWidget(), static_cast<QWidget*>(dialog->frmFile));
     hands.walk(*dialog, 0, 4);
-    EXPECT_FALSE(dialog->cmdReport->isEnabled()) << "no matrix to report yet";
-    hands.computeMatrix(*dialog);
+    // No matrix to report yet: pressing the button says so, and asks for no file.
     EXPECT_TRUE(dialog->cmdReport->isEnabled());
+    EXPECT_EQ(report(), QStringList{strings::text(strings::calibrate::ReportWithoutFit)});
+    EXPECT_TRUE(prompt.dialogs.empty());
+    hands.computeMatrix(*dialog);
+    EXPECT_EQ(dialog->cmdReport->toolTip(), QString());
 
     // Conditions are required as for a save; nothing is asked before they are given.
     EXPECT_EQ(report(), QStringList{strings::text(strings::calibrate::MissingConditions)});

@@ -91,8 +91,9 @@ TEST_F(CalibrateView, EnterPressesNoButton) {
 }
 
 // A matrix that no longer matches the points shows so: greyed, its arrows gone, the report
-// refused with the reason in its tip. The panels keep their places throughout, from the
-// empty dialog to the stale fit.
+// refused with the reason in its tip and its description, and in a message when Report is
+// pressed, from the keyboard too. The panels keep their places throughout, from the empty
+// dialog to the stale fit.
 TEST_F(CalibrateView, AStaleMatrixShowsSoAndNothingMoves) {
     open();
     QList<QRect> places;
@@ -115,8 +116,16 @@ TEST_F(CalibrateView, AStaleMatrixShowsSoAndNothingMoves) {
               dialog->palette().color(QPalette::Disabled, QPalette::Text));
     for (const PlateDrawing::Mark& mark : dialog->picPlate->drawing().marks)
         EXPECT_FALSE(mark.copError);
-    EXPECT_FALSE(dialog->cmdReport->isEnabled());
-    EXPECT_EQ(dialog->cmdReport->toolTip(), strings::text(c::ReportWithStaleFit));
+    const QString why = strings::text(c::ReportWithStaleFit);
+    EXPECT_EQ(dialog->cmdReport->toolTip(), why);
+    EXPECT_EQ(dialog->cmdReport->accessibleDescription(), why);
+    ASSERT_TRUE(dialog->cmdReport->isEnabled());
+    EXPECT_TRUE(dialog->cmdReport->focusPolicy() & Qt::TabFocus);
+    prompt.messages.clear();
+    dialog->cmdReport->setFocus();
+    QTest::keyClick(dialog->cmdReport, Qt::Key_Space);
+    EXPECT_EQ(prompt.messages, QStringList{why});
+    EXPECT_TRUE(prompt.dialogs.empty()) << "no file asked for";
     QList<QRect> after;
     for (const QGroupBox* frame : dialog->findChildren<QGroupBox*>())
         after << frame->geometry();

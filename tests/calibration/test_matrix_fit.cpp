@@ -157,6 +157,7 @@ TEST(MatrixFit, AnEngineThatFailsIsNotTrustedAndTheBuiltInFitTakesOver) {
     const FitOutcome out = MatrixFit::compute(plate.grid(TenPoints), failing);
     ASSERT_TRUE(out.result) << out.error.toStdString();
     EXPECT_TRUE(out.result->engineError.startsWith(QStringLiteral("false failed")));
+    EXPECT_FALSE(out.result->engineRefused) << "it gave no matrix to refuse";
     EXPECT_EQ(out.result->m, 3);
     EXPECT_TRUE(fitted(*out.result).isApprox(plate.trueMatrix(), 1e-10));
     for (const bool flag : out.result->diagnostics.flagged)

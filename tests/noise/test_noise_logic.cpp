@@ -1,4 +1,5 @@
 #include "FileBytes.h"
+#include "FileSaves.h"
 #include "FileSizeLimit.h"
 #include "PrintQString.h"
 #include "TempEnvironment.h"
@@ -88,6 +89,27 @@ TEST_F(NoisePlanTest, WritingMakesTheFolderAndPutsEveryValueAsText) {
          {"Frequencies=2", "Excitations=3", "Frequency 0=31.25", "Frequency 1=1000",
           "Excitation 1=4.75", "Excitation 2=5", "Initial Delay=1.5", "Test Duration=60"})
         EXPECT_TRUE(text.contains(line)) << line;
+}
+
+// The plan goes back into the profile when the dialog closes: in one save, giving the file
+// each value written back on its own gave (the golden file was made so), and in none when the
+// profile holds that plan already.
+TEST_F(NoisePlanTest, ThePlanIsWrittenBackInOneSaveAndNoneWhenTheProfileHoldsIt) {
+    QDir().mkpath(environment.path() + "/profile");
+    test::writeFileBytes(ini().path(), "[Calibration]\r\nPoints=10\r\n"
+                                       "[noise]\r\nfrequencies = 2\r\nFrequency 1=64\r\n"
+                                       "Extra=kept\r\n\r\n[Linearity]\r\nLoads=8");
+    FileSaves saves(ini().path());
+    ASSERT_TRUE(saves.watching());
+    NoisePlan plan = NoisePlan::read(ini());
+    EXPECT_EQ(saves.take(), 0) << "reading writes nothing";
+    plan.excitations = {0.5f, 1.25f};
+    plan.write(ini());
+    EXPECT_EQ(saves.take(), 1);
+    EXPECT_EQ(fileBytes(ini().path()),
+              fileBytes(QStringLiteral(KX_NOISE_GOLDEN_DIR "/plan-written-back.ini")));
+    NoisePlan::read(ini()).write(ini());
+    EXPECT_EQ(saves.take(), 0);
 }
 
 TEST(NoiseSequence, FrequenciesAreTheInnerLoopAndEachTestHasItsWait) {

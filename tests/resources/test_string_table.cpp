@@ -63,7 +63,7 @@ std::vector<std::pair<int, std::vector<int>>> assignedNumbers() {
         c::AutoScale, c::DisplayOn, c::DisplayOff, c::Max, c::Min, c::StatusNoPlate,
         c::StatusReady, c::StatusAcquiringZero, c::StatusAcquiringData, c::StatusComputingMatrix,
         c::InvalidOperator, c::MissingConditions, c::InvalidCondition, c::ExcitationNote,
-        c::TooNoisy, c::TooNoisyScaling, c::EngineUnavailable, c::FitNoSignal,
+        c::TooNoisy, c::TooNoisyScaling, c::EngineUnavailable, c::EngineRefused, c::FitNoSignal,
         c::FitTooFewPoints, c::FitIllConditioned, c::EngineNotStarted, c::EngineTimedOut,
         c::EngineFailed, c::EngineNoResult, c::EngineBuiltInUsed, c::PictureCurrent,
         c::PictureNoZero,

@@ -14,6 +14,7 @@
 #include <limits>
 
 #ifdef Q_OS_UNIX
+#include "FileSaves.h"
 #include "FileSizeLimit.h"
 
 #include <sys/socket.h>
@@ -337,6 +338,41 @@ TEST_F(IniFileTest, AWriteTouchesOnlyItsOwnLine) {
     expected += "\r\n[Linearity]\r\nLoads=8\r\n";
     EXPECT_EQ(fileBytes(iniPath()), expected);
 }
+
+#ifdef Q_OS_UNIX
+// Several values in one save leave the file as writing them in turn would; writing what the
+// file holds already saves nothing. A CR LF file whose last line has no end gets that line's
+// CR once, when a line follows it.
+TEST_F(IniFileTest, SeveralValuesGoInOneSaveAndValuesTheFileHoldsInNone) {
+    writeFileBytes(iniPath(), kProfile);
+    FileSaves saves(iniPath());
+    ASSERT_TRUE(saves.watching());
+    const std::vector<IniFile::Value> values{{"NOISE", "frequencies", "4"},
+                                             {"Noise", "Test Duration", "60"},
+                                             {"Linearity", "Loads", "8"},
+                                             {"Linearity", "Load 1", "244.922"},
+                                             {"Noise", "Test Duration", "30"}};
+    EXPECT_TRUE(IniFile(iniPath()).setValues(values));
+    EXPECT_EQ(saves.take(), 1);
+    QByteArray expected = kProfile;
+    expected.replace("Frequencies = 3", "Frequencies=4");
+    expected.replace("Expression=a=b\r\n", "Expression=a=b\r\nTest Duration=30\r\n");
+    expected += "\r\n[Linearity]\r\nLoads=8\r\nLoad 1=244.922\r\n";
+    EXPECT_EQ(fileBytes(iniPath()), expected);
+    EXPECT_TRUE(IniFile(iniPath()).setValues(values));
+    EXPECT_TRUE(IniFile(iniPath()).setValue("calibration", "points", "9"));
+    EXPECT_EQ(saves.take(), 0);
+    EXPECT_EQ(fileBytes(iniPath()), expected);
+
+    writeFileBytes(iniPath(), "[a]\r\nx=1");
+    saves.take();
+    EXPECT_TRUE(IniFile(iniPath()).setValues({{"a", "x", "2"}}));
+    EXPECT_EQ(fileBytes(iniPath()), "[a]\r\nx=2");
+    EXPECT_TRUE(IniFile(iniPath()).setValues({{"a", "x", "3"}, {"a", "y", "4"}}));
+    EXPECT_EQ(fileBytes(iniPath()), "[a]\r\nx=3\r\ny=4\r\n");
+    EXPECT_EQ(saves.take(), 2);
+}
+#endif
 
 TEST_F(IniFileTest, TheFirstWriteCreatesAPlainFile) {
     IniFile(iniPath()).setValue("Noise", "Frequency 1", "64");
