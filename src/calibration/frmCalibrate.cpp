@@ -344,13 +344,8 @@ void frmCalibrate::showCommands() {
 }
 
 void frmCalibrate::showPicture() {
-    const Calibration& c = m_session->calibration();
-    PlateDrawing drawing = PlateDrawing::of(c, m_session->settings().DisplayPointRadius);
-    // The arrows are the errors of a fit; a fit that no longer matches the points has none.
-    if (c.fitState() == Calibration::FitState::Stale)
-        for (PlateDrawing::Mark& mark : drawing.marks)
-            mark.copError.reset();
-    picPlate->setDrawing(std::move(drawing));
+    picPlate->setDrawing(
+        PlateDrawing::of(m_session->calibration(), m_session->settings().DisplayPointRadius));
 }
 
 void frmCalibrate::showPointPanels() {
