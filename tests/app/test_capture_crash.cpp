@@ -102,8 +102,11 @@ TEST_F(CaptureCrash, SavingAfterAKillGivesWhatANormalSaveGives) {
     clock.settle();
     prompt.fileAnswers = {documents("saved.txt")};
     dialog->cmdOK->click();
-    ASSERT_TRUE(
-        eventsUntil([&] { return !dialog->saving() && QFile::exists(documents("saved.txt")); }));
+    ASSERT_TRUE(eventsUntil([&] {
+        return !dialog->saving() && QFile::exists(documents("saved.txt"));
+    })) << "saving: "
+        << dialog->saving()
+        << ", asked and told: " << prompt.events.join(QStringLiteral(" | ")).toStdString();
     const QByteArray saved = fileBytes(documents("saved.txt"));
     EXPECT_EQ(saved.count("\r\n"), 1 + rows);
     EXPECT_TRUE(saved == fileBytes(documents("recovered.txt")))

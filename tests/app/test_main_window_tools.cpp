@@ -121,6 +121,7 @@ TEST_F(MainWindowTools, AfterADialogClosesThePanelsShowWhatThePlateNowHolds) {
     for (const auto& [name, expected] : shown)
         EXPECT_EQ(text(QLatin1String(name)), expected) << name;
     EXPECT_EQ(control<QCheckBox>(QStringLiteral("chkPolled"))->isChecked(), !polled);
+    keepScreenshot(*window, QStringLiteral("frmMain-after-a-tool"));
     const QTableWidget* grid = window->frmCalibration->flxgrdCalibrationMat;
     EXPECT_EQ(grid->item(1, 1)->text(), QStringLiteral("2.500"));
     EXPECT_EQ(grid->item(0, 0)->text(), QStringLiteral("-1234.5")) << "typed text stays";
