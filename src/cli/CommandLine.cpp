@@ -13,19 +13,19 @@ namespace kx::cli {
 
 namespace {
 
-struct OptionSpec {
+struct OptionDefinition {
     QStringList names;
     QString valueName; // empty for a switch
     QString help;
 };
 
-struct CommandSpec {
+struct CommandDefinition {
     QString name;
     QString argument; // the positional argument's name, or empty
     QString synopsis; // the usage after "kxplate "
     QString summary;  // for the general help
     QString description;
-    QList<OptionSpec> options;
+    QList<OptionDefinition> options;
 };
 
 // The longest capture or zero: a day.
@@ -34,26 +34,29 @@ constexpr double MaxSeconds = 86400;
 constexpr float MinFrequency = 9;
 constexpr float MaxFrequency = 1000;
 
-const OptionSpec Help{
+const OptionDefinition Help{
     {QStringLiteral("h"), QStringLiteral("help")}, {}, QStringLiteral("Show this help.")};
-const OptionSpec Version{{QStringLiteral("version")}, {}, QStringLiteral("Show the version.")};
-const OptionSpec Scenario{{QStringLiteral("scenario")},
-                          QStringLiteral("FILE"),
-                          QStringLiteral("Run on the simulated plates and events of a scenario "
-                                         "file (kxcpl --help describes the format).")};
-const OptionSpec Speed{{QStringLiteral("speed")},
-                       QStringLiteral("N"),
-                       QStringLiteral("Run time N times faster than real time (1 to 1000, a whole "
-                                      "number), as kxcpl --speed does: the simulated plates, the "
-                                      "waits of the noise test and every acquisition.")};
-const OptionSpec Json{
+const OptionDefinition Version{
+    {QStringLiteral("version")}, {}, QStringLiteral("Show the version.")};
+const OptionDefinition Scenario{
+    {QStringLiteral("scenario")},
+    QStringLiteral("FILE"),
+    QStringLiteral("Run on the simulated plates and events of a scenario "
+                   "file (kxcpl --help describes the format).")};
+const OptionDefinition Speed{
+    {QStringLiteral("speed")},
+    QStringLiteral("N"),
+    QStringLiteral("Run time N times faster than real time (1 to 1000, a whole "
+                   "number), as kxcpl --speed does: the simulated plates, the "
+                   "waits of the noise test and every acquisition.")};
+const OptionDefinition Json{
     {QStringLiteral("json")}, {}, QStringLiteral("Write the result as one JSON document.")};
-const OptionSpec Output{{QStringLiteral("o"), QStringLiteral("output")},
-                        QStringLiteral("FILE"),
-                        QStringLiteral("The file to write.")};
+const OptionDefinition Output{{QStringLiteral("o"), QStringLiteral("output")},
+                              QStringLiteral("FILE"),
+                              QStringLiteral("The file to write.")};
 
-const QList<CommandSpec>& commands() {
-    static const QList<CommandSpec> specs{
+const QList<CommandDefinition>& commands() {
+    static const QList<CommandDefinition> all{
         {QStringLiteral("list"),
          {},
          QStringLiteral("list [--json]"),
@@ -150,13 +153,13 @@ const QList<CommandSpec>& commands() {
            QStringLiteral("CODE"),
            QStringLiteral("The operator the certificate names.")}}},
     };
-    return specs;
+    return all;
 }
 
-const CommandSpec* findCommand(const QString& name) {
-    for (const CommandSpec& spec : commands())
-        if (spec.name == name)
-            return &spec;
+const CommandDefinition* findCommand(const QString& name) {
+    for (const CommandDefinition& command : commands())
+        if (command.name == name)
+            return &command;
     return nullptr;
 }
 
@@ -179,10 +182,10 @@ QString wrapped(const QString& lead, const QString& text, qsizetype width = 79) 
     return out + line + u'\n';
 }
 
-QString optionLines(const QList<OptionSpec>& options) {
+QString optionLines(const QList<OptionDefinition>& options) {
     constexpr qsizetype Column = 24;
     QString text;
-    for (const OptionSpec& option : options) {
+    for (const OptionDefinition& option : options) {
         QStringList names;
         for (const QString& name : option.names)
             names << (name.size() == 1 ? u'-' + name : QStringLiteral("--") + name);
@@ -207,9 +210,9 @@ QString generalHelp() {
         "as the control panel (kxcpl) does, on the same plates, and never opens a window.\n"
         "\n"
         "Commands:\n");
-    for (const CommandSpec& spec : commands())
-        text += (QStringLiteral("  ") + spec.name + u' ' + spec.argument).leftJustified(24) +
-                spec.summary + u'\n';
+    for (const CommandDefinition& command : commands())
+        text += (QStringLiteral("  ") + command.name + u' ' + command.argument).leftJustified(24) +
+                command.summary + u'\n';
     text += QStringLiteral("\nOptions:\n") + optionLines({Scenario, Speed, Help, Version}) +
             QStringLiteral(
                 "\n"
@@ -226,16 +229,16 @@ QString generalHelp() {
     return text;
 }
 
-QString commandHelp(const CommandSpec& spec) {
-    return QStringLiteral("Usage: kxplate ") + spec.synopsis + QStringLiteral("\n\n") +
-           spec.description + QStringLiteral("\n\nOptions:\n") +
-           optionLines(spec.options + QList<OptionSpec>{Scenario, Speed, Help});
+QString commandHelp(const CommandDefinition& command) {
+    return QStringLiteral("Usage: kxplate ") + command.synopsis + QStringLiteral("\n\n") +
+           command.description + QStringLiteral("\n\nOptions:\n") +
+           optionLines(command.options + QList<OptionDefinition>{Scenario, Speed, Help});
 }
 
-QCommandLineOption toOption(const OptionSpec& spec) {
-    QCommandLineOption option(spec.names);
-    if (!spec.valueName.isEmpty())
-        option.setValueName(spec.valueName);
+QCommandLineOption toOption(const OptionDefinition& definition) {
+    QCommandLineOption option(definition.names);
+    if (!definition.valueName.isEmpty())
+        option.setValueName(definition.valueName);
     return option;
 }
 
@@ -252,14 +255,14 @@ std::optional<double> number(const QString& text, double low, double high) {
     return value;
 }
 
-// Reads the options of `spec` into `invocation`; an empty text when they are sound, else the
+// Reads the options of `command` into `invocation`; an empty text when they are sound, else the
 // usage error.
-QString readOptions(const CommandSpec& spec, const QCommandLineParser& parser,
+QString readOptions(const CommandDefinition& command, const QCommandLineParser& parser,
                     Invocation& invocation) {
     const auto has = [&](const char* name) {
-        return std::any_of(spec.options.begin(), spec.options.end(), [&](const OptionSpec& o) {
-            return o.names.contains(QLatin1String(name));
-        });
+        return std::any_of(
+            command.options.begin(), command.options.end(),
+            [&](const OptionDefinition& o) { return o.names.contains(QLatin1String(name)); });
     };
     const auto value = [&](const char* name) { return parser.value(QLatin1String(name)); };
     const auto isSet = [&](const char* name) {
@@ -275,7 +278,7 @@ QString readOptions(const CommandSpec& spec, const QCommandLineParser& parser,
                 .arg(value("seconds"))
                 .arg(MaxSeconds);
         invocation.seconds = *seconds;
-    } else if (spec.name == QLatin1String("capture")) {
+    } else if (command.name == QLatin1String("capture")) {
         return QStringLiteral("capture needs --seconds N");
     } else {
         invocation.seconds = 5; // the zero dialog's duration as the main window opens it
@@ -316,9 +319,9 @@ QString readOptions(const CommandSpec& spec, const QCommandLineParser& parser,
     if (isSet("o"))
         invocation.output = value("o");
     const bool needsOutput =
-        spec.name == QLatin1String("capture") || spec.name == QLatin1String("report");
+        command.name == QLatin1String("capture") || command.name == QLatin1String("report");
     if (needsOutput && invocation.output.trimmed().isEmpty())
-        return QStringLiteral("%1 needs -o FILE").arg(spec.name);
+        return QStringLiteral("%1 needs -o FILE").arg(command.name);
     return {};
 }
 
@@ -326,8 +329,9 @@ QString readOptions(const CommandSpec& spec, const QCommandLineParser& parser,
 
 QString commandWord(const QStringList& arguments) {
     QStringList takesValue;
-    for (const CommandSpec& spec : commands())
-        for (const OptionSpec& option : spec.options + QList<OptionSpec>{Scenario, Speed})
+    for (const CommandDefinition& command : commands())
+        for (const OptionDefinition& option :
+             command.options + QList<OptionDefinition>{Scenario, Speed})
             if (!option.valueName.isEmpty())
                 for (const QString& name : option.names)
                     takesValue << (name.size() == 1 ? u'-' + name : QStringLiteral("--") + name);
@@ -343,30 +347,30 @@ QString commandWord(const QStringList& arguments) {
 
 ParsedCommandLine parseCommandLine(const QStringList& arguments) {
     const QString word = commandWord(arguments);
-    const CommandSpec* spec = findCommand(word);
-    if (!word.isEmpty() && !spec)
+    const CommandDefinition* command = findCommand(word);
+    if (!word.isEmpty() && !command)
         return usageError(
             QStringLiteral("\"%1\" is no command; kxplate --help lists them").arg(word));
 
     QCommandLineParser parser;
-    QList<OptionSpec> options{Scenario, Speed, Help};
-    if (spec)
-        options += spec->options;
+    QList<OptionDefinition> options{Scenario, Speed, Help};
+    if (command)
+        options += command->options;
     else
         options << Version;
-    for (const OptionSpec& option : options)
+    for (const OptionDefinition& option : options)
         parser.addOption(toOption(option));
     if (!parser.parse(arguments))
         return usageError(
             parser.errorText().remove(u'.').toLower() +
-            (spec ? QStringLiteral("; kxplate %1 --help lists its options").arg(spec->name)
-                  : QStringLiteral("; kxplate --help lists the options")));
+            (command ? QStringLiteral("; kxplate %1 --help lists its options").arg(command->name)
+                     : QStringLiteral("; kxplate --help lists the options")));
     if (parser.isSet(QStringLiteral("help")))
         return {.invocation = std::nullopt,
                 .exitCode = Success,
-                .output = spec ? commandHelp(*spec) : generalHelp(),
+                .output = command ? commandHelp(*command) : generalHelp(),
                 .error = {}};
-    if (!spec) {
+    if (!command) {
         if (parser.isSet(QStringLiteral("version")))
             return {.invocation = std::nullopt,
                     .exitCode = Success,
@@ -376,7 +380,7 @@ ParsedCommandLine parseCommandLine(const QStringList& arguments) {
     }
 
     Invocation invocation;
-    invocation.command = spec->name;
+    invocation.command = command->name;
     invocation.scenarioFile = parser.value(QStringLiteral("scenario"));
     if (parser.isSet(QStringLiteral("speed"))) {
         const QString speed = parser.value(QStringLiteral("speed"));
@@ -386,17 +390,17 @@ ParsedCommandLine parseCommandLine(const QStringList& arguments) {
         invocation.speed = *chosen;
     }
     const QStringList positional = parser.positionalArguments().mid(1);
-    if (!spec->argument.isEmpty()) {
+    if (!command->argument.isEmpty()) {
         if (positional.isEmpty())
-            return usageError(QStringLiteral("%1 needs %2").arg(spec->name, spec->argument));
-        (spec->argument == QLatin1String("SERIAL") ? invocation.serial : invocation.file) =
+            return usageError(QStringLiteral("%1 needs %2").arg(command->name, command->argument));
+        (command->argument == QLatin1String("SERIAL") ? invocation.serial : invocation.file) =
             positional.front();
     }
-    const qsizetype expected = spec->argument.isEmpty() ? 0 : 1;
+    const qsizetype expected = command->argument.isEmpty() ? 0 : 1;
     if (positional.size() > expected)
         return usageError(
-            QStringLiteral("%1 takes no argument \"%2\"").arg(spec->name, positional[expected]));
-    if (const QString error = readOptions(*spec, parser, invocation); !error.isEmpty())
+            QStringLiteral("%1 takes no argument \"%2\"").arg(command->name, positional[expected]));
+    if (const QString error = readOptions(*command, parser, invocation); !error.isEmpty())
         return usageError(error);
     return {.invocation = invocation, .exitCode = Success, .output = {}, .error = {}};
 }

@@ -19,7 +19,7 @@ public:
         NotSuspect = 0,
         Overrun = 1,   // the converter's buffer overran during the test
         Clipping = 2,  // the signals clipped during the test
-        LoadChange = 4 // the deviation shows something touched the plate (SuspectTests.h)
+        LoadChange = 4 // the deviation shows something touched the plate (LoadChanges.h)
     };
 
     NoiseResults(qsizetype channels, qsizetype frequencies, qsizetype excitations);

@@ -4,7 +4,7 @@
 #include "device/PlateError.h"
 #include "noise/NoiseResultText.h"
 #include "noise/NoiseTimeline.h"
-#include "noise/SuspectTests.h"
+#include "noise/LoadChanges.h"
 #include "resources/StringTable.h"
 #include "support/Clock.h"
 #include "support/Folders.h"

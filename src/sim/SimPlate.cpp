@@ -19,7 +19,7 @@ constexpr int EncoderCountsPerSecond = 256;
 constexpr int StallTimeoutMs = 1000;
 
 // The factory's rig leaves the centre of pressure this far off over the top, RMS, give or
-// take half the spread: well within a plate's specification, yet far enough that a careful
+// take half the spread: well within a plate's stated tolerance, yet far enough that a careful
 // calibration on site shows its worth.
 constexpr double FactoryCopRms = 0.0015;
 constexpr double FactoryCopSpread = 0.0006;

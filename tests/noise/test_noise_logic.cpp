@@ -9,7 +9,7 @@
 #include "noise/NoiseResults.h"
 #include "noise/NoiseSequence.h"
 #include "noise/NoiseTimeline.h"
-#include "noise/SuspectTests.h"
+#include "noise/LoadChanges.h"
 #include "support/IniFile.h"
 
 #include <QDir>
@@ -223,7 +223,7 @@ TEST(NoiseResultFile, AResultFileCutShortIsToldAndTheOldOneStaysByteForByte) {
 }
 
 // Deviations of one channel at one frequency, test by test; the marks expected.
-TEST(SuspectTests, ADeviationTenTimesTheOthersMedianAtItsFrequencyIsALoadChange) {
+TEST(LoadChanges, ADeviationTenTimesTheOthersMedianAtItsFrequencyIsALoadChange) {
     struct Case {
         const char* what;
         std::vector<double> deviations; // 0: not measured

@@ -54,7 +54,7 @@ TEST(MatrixErrors, WhatAStoredMatrixGetsWrongOverTheTop) {
     EXPECT_FALSE(MatrixErrors::overTop(truth, scaledRow(truth, 0, -1), Newtons)) << "lifts";
 }
 
-// Well within a plate's specification, yet far enough off that a calibration on site shows.
+// Well within a plate's stated tolerance, yet far enough off that a calibration on site shows.
 TEST(SimDefaults, TheFactoryMatrixIsOneToTwoMillimetresOffOverTheTop) {
     Scenario plates = Scenario::defaults();
     for (const quint64 seed : {1ull, 7ull, 65535ull}) {

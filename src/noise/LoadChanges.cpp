@@ -1,4 +1,4 @@
-#include "noise/SuspectTests.h"
+#include "noise/LoadChanges.h"
 
 #include "noise/NoiseResults.h"
 
